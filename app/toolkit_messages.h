@@ -1,0 +1,6 @@
+// What the toolkit itself has to say.
+#pragma once
+
+/// Sends the toolkit's warnings that operators can do nothing about, and need not, to the log
+/// instead of the console. All others appear on standard error as usual. To be called first of all.
+void quietToolkit();
