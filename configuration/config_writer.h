@@ -1,0 +1,16 @@
+// Writing of VEXA_init.ini: the default file, and the recent folder within an existing one.
+//
+// Threads: the main thread only. Failure: a file that cannot be written stays as it is; nothing
+// reaches the caller.
+#pragma once
+
+#include <string>
+
+/// Writes the default file, which carries the French texts of the window.
+/// \param path full path; a file there is replaced
+void createConfigFile(char* path);
+
+/// Gives every RecentPath line of the configuration file a new value. A file that cannot be read
+/// ends up empty and is replaced by the default one at the next start.
+/// \param recentPath UTF-8
+void writeConfig(std::string recentPath);
