@@ -1,0 +1,123 @@
+#include "db/db_manager.h"
+
+#include "app/log.h"
+
+#include <QSqlRecord>
+#include <QString>
+#include <QVariant>
+
+namespace {
+
+constexpr int kTypeColumn = 2; // of the rows of PRAGMA table_info
+
+std::string toUtf8(const QVariant& value) {
+    return value.toString().toStdString();
+}
+
+/// A query of no connection. One built on an invalid connection would fall back to the default
+/// connection, which is another manager's.
+QSqlQuery noQuery() {
+    return QSqlQuery(static_cast<QSqlResult*>(nullptr));
+}
+
+} // namespace
+
+VEXADbManager::VEXADbManager() : query(noQuery()) {
+    const FunctionTrace trace("VEXADbManager::VEXADbManager");
+}
+
+VEXADbManager::VEXADbManager(std::string path) : dbFile(path), query(noQuery()) {
+    const FunctionTrace trace("VEXADbManager::VEXADbManager");
+    db = QSqlDatabase::addDatabase("QSQLITE", QSqlDatabase::defaultConnection);
+    db.setDatabaseName(QString::fromStdString(path));
+    if (db.open()) {
+        VEXALog(kLogInfo, "Database is successully opened");
+    } else {
+        VEXALog(kLogError, "Error on opening database file");
+    }
+}
+
+QSqlQuery VEXADbManager::runQuery(const QString& statement) {
+    if (!db.isOpen()) {
+        return noQuery();
+    }
+    QSqlQuery result(db);
+    result.setForwardOnly(true);
+    (void)result.exec(statement);
+    return result;
+}
+
+void VEXADbManager::setQuery(std::string table) {
+    const FunctionTrace trace("VEXADbManager::setQuery");
+    query = getDataFromTable(table);
+}
+
+QSqlQuery VEXADbManager::getDataFromTable(std::string table) {
+    const FunctionTrace trace("VEXADbManager::getDataFromTable");
+    return runQuery("SELECT * FROM " + QString::fromStdString(table));
+}
+
+bool VEXADbManager::checkCoherence() {
+    const FunctionTrace trace("VEXADbManager::checkCoherence");
+    QSqlQuery check = runQuery("PRAGMA INTEGRITY_CHECK");
+    const bool coherent = check.first() && check.value(0).toString() == QLatin1String("ok");
+    if (coherent) {
+        VEXALog(kLogInfo, "Database integrity check succeeded");
+    } else {
+        VEXALog(kLogError, "Error in database integrity check");
+    }
+    return coherent;
+}
+
+std::vector<std::string> VEXADbManager::getNextData(std::string table) {
+    const FunctionTrace trace("VEXADbManager::getNextData");
+    const std::size_t count = getFields(table).size();
+    std::vector<std::string> row;
+    if (!query.next()) {
+        VEXALog(kLogInfo, "No next data");
+        return row;
+    }
+    row.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        row.push_back(toUtf8(query.value(static_cast<int>(i))));
+    }
+    return row;
+}
+
+std::vector<sqlField> VEXADbManager::getFields(std::string table) {
+    const FunctionTrace trace("VEXADbManager::getFields");
+    QSqlQuery rows = getDataFromTable(table);
+    (void)rows.first();
+    const QSqlRecord columns = rows.record();
+    VEXALog(kLogInfo, "Obtained number of fields");
+    QSqlQuery description = runQuery("PRAGMA table_info(" + QString::fromStdString(table) + ")");
+    (void)description.first();
+    VEXALog(kLogInfo, "Obtained field type");
+    std::vector<sqlField> fields;
+    for (int i = 0; i < columns.count(); ++i) {
+        fields.push_back(
+            {columns.fieldName(i).toStdString(), toUtf8(description.value(kTypeColumn))});
+        (void)description.next();
+    }
+    return fields;
+}
+
+std::vector<std::string> VEXADbManager::getTableNames() {
+    const FunctionTrace trace("VEXADbManager::getTableNames");
+    QSqlQuery tables = runQuery("SELECT name FROM main.sqlite_master WHERE type='table'");
+    std::vector<std::string> names;
+    while (tables.next()) {
+        names.push_back(toUtf8(tables.value(0)));
+    }
+    return names;
+}
+
+std::string VEXADbManager::getDbFile() {
+    const FunctionTrace trace("VEXADbManager::getDbFile");
+    return dbFile;
+}
+
+void VEXADbManager::closeDatabase() {
+    const FunctionTrace trace("VEXADbManager::closeDatabase");
+    db.close();
+}
