@@ -1,0 +1,6 @@
+// What differs between the systems in how the application object meets the screen.
+#pragma once
+
+/// The platform plugin of the toolkit for the command line, which must work where there is no
+/// display at all.
+extern const char* const kCommandLinePlatform;

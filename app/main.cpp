@@ -1,0 +1,70 @@
+// Start-up order and choice of mode.
+
+#include "app/arguments.h"
+#include "app/display.h"
+#include "app/run_mode.h"
+#include "app/toolkit_messages.h"
+#include "configuration/config.h"
+#include "configuration/config_reader.h"
+
+#include <QApplication>
+#include <QLocale>
+#include <QTextCodec>
+
+#include <csignal>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+/// The arguments of the application object, which uses them for as long as it lives. The words of
+/// the command line are not among them: the toolkit would take out those that it knows.
+struct ApplicationArguments {
+    explicit ApplicationArguments(bool inCmdMode) {
+        if (inCmdMode) {
+            words = {"VEXACharger", "-platform", kCommandLinePlatform};
+        }
+        for (std::string& word : words) {
+            values.push_back(word.data());
+        }
+        count = static_cast<int>(values.size());
+        values.push_back(nullptr);
+    }
+
+    std::vector<std::string> words{"VEXACharger"};
+    std::vector<char*> values;
+    int count = 0;
+};
+
+int runCommandLine(const std::vector<std::string>& arguments) {
+    const int result = analyzeArgs(arguments);
+    printOutcome("\nReturned value : %d", result);
+    return result;
+}
+
+int runWindow() {
+    (void)std::fprintf(stderr, "The window is not built into this VEXACharger.\n");
+    return 1;
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    // A reader of our output that goes away must not end a load half-way.
+    (void)std::signal(SIGPIPE, SIG_IGN);
+    quietToolkit();
+    // File names are UTF-8, whatever the locale says: operators work over ssh and from scripts.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+
+    const bool inCmdMode = argc != 1;
+    ApplicationArguments applicationArguments(inCmdMode);
+    const QApplication application(applicationArguments.count, applicationArguments.values.data());
+    const QString localeName = QLocale::system().name();
+    g_inCmdMode = inCmdMode;
+    g_configParams = VEXAConfig{};
+    config_from_file(&g_configParams);
+    printConfig(&g_configParams);
+    return inCmdMode ? runCommandLine({argv, argv + argc}) : runWindow();
+}
