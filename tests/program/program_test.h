@@ -1,0 +1,87 @@
+// What the whole-program tests share: the unchanged executable in a folder of its own, run against
+// simulated terminals.
+#pragma once
+
+#include "tests/support/files.h"
+#include "tests/support/sample_database.h"
+
+#include <QByteArray>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+/// What a run came to.
+struct Outcome {
+    int status = -1; ///< exit status; -1 when the program was killed or did not end
+    QByteArray out;
+    QByteArray err;
+};
+
+class ProgramTest : public testing::Test {
+protected:
+    ProgramTest();
+
+    /// A path in the folder of the test, which every user may write.
+    QString path(const QString& name) const { return m_folder.path() + "/" + name; }
+
+    /// The configuration file beside the executable.
+    QString configFile() const { return path("bin/config/VEXA_init.ini"); }
+
+    /// Has the program start with this configuration file.
+    void configure(const QByteArray& content);
+
+    /// Has the program log into the folder "log".
+    void switchLogOn();
+
+    /// The default configuration file.
+    static QByteArray defaultConfig();
+
+    /// Runs a command line with this test's environment to its end.
+    Outcome run(const QStringList& command);
+
+    /// Runs the program alone.
+    Outcome charger(const QStringList& arguments);
+
+    /// Runs the program against one simulated terminal, or what the options say.
+    Outcome chargerWithTerminal(const QStringList& arguments,
+                                const QStringList& terminalOptions = {});
+
+    /// The command line of chargerWithTerminal.
+    QStringList commandWithTerminal(const QStringList& arguments,
+                                    const QStringList& terminalOptions = {}) const;
+
+    /// The same command line as an ordinary user, for whom the rights of files count.
+    static QStringList asOrdinaryUser(const QStringList& command);
+
+    /// A database of two concepts, of just this size, named "test.db".
+    void makeTestDatabase(qint64 size);
+
+    /// What the terminal has stored for a PAD.
+    QByteArray stored(int pad = 2, int terminal = 0) const;
+    bool storedNothing() const;
+
+    /// The frames and answers as the terminal wrote them down, cut at 40 characters.
+    QStringList frames() const;
+
+    /// The executable of this test.
+    QString executable() const { return path("bin/VEXACharger"); }
+
+    /// Further environment of the runs, as NAME=value.
+    QStringList m_environment;
+
+private:
+    QTemporaryDir m_folder;
+};
+
+/// The output of a load up to where the terminal is addressed.
+QByteArray loadHead(const QByteArray& database, const QByteArray& port = "/dev/ttyACM0",
+                    const QByteArray& pad = "2");
+
+/// The last two lines of a run.
+QByteArray resultLines(int code);
+
+/// The usage text.
+extern const char* const kUsage;
+
+constexpr qint64 kSampleSize = 245760; ///< 8 full blocks; the terminal has 4.7 s for its last word
