@@ -27,8 +27,9 @@ using UdevContext = std::unique_ptr<udev, UdevRelease>;
 using UdevSearch = std::unique_ptr<udev_enumerate, UdevRelease>;
 using UdevDevice = std::unique_ptr<udev_device, UdevRelease>;
 
-/// The sysfs paths of the services that the latest search has found; a service is an index.
-std::vector<std::string> servicePaths;
+/// The services that the latest search has found; a handle is an index. Reading a service takes it
+/// out, so that each is opened once only.
+std::vector<UdevDevice> foundServices;
 
 /// The USB device that a tty belongs to, null for any other tty. Owned by the tty.
 udev_device* usbDeviceOf(udev_device* tty) {
@@ -53,18 +54,25 @@ std::optional<std::string> identifier(udev_device* usbDevice, const char* attrib
     return std::string(digits);
 }
 
-bool isUsbSerial(udev* context, const std::string& path) {
-    const UdevDevice tty(udev_device_new_from_syspath(context, path.c_str()));
-    return tty && usbDeviceOf(tty.get()) != nullptr;
+/// Asks for the ttys but for the virtual consoles: there are 64 of them on every machine, and to
+/// look at each takes longer than all the rest of the start.
+bool lookForSerialPorts(udev_enumerate* search) {
+    return udev_enumerate_add_match_subsystem(search, "tty") >= 0 &&
+           udev_enumerate_add_match_sysname(search, "tty[!0-9]*") >= 0 &&
+           udev_enumerate_add_match_sysname(search, "[!t]*") >= 0;
 }
 
-/// Fills servicePaths with the ttys of USB devices, sorted.
+bool comesBefore(const UdevDevice& a, const UdevDevice& b) {
+    return std::strcmp(udev_device_get_syspath(a.get()), udev_device_get_syspath(b.get())) < 0;
+}
+
+/// Fills foundServices with the ttys of USB devices, in the order of their sysfs paths.
 /// \return false when sysfs could not be searched
 bool findServices() {
-    servicePaths.clear();
+    foundServices.clear();
     const UdevContext context(udev_new());
     const UdevSearch search(context ? udev_enumerate_new(context.get()) : nullptr);
-    if (!search || udev_enumerate_add_match_subsystem(search.get(), "tty") < 0) {
+    if (!search || !lookForSerialPorts(search.get())) {
         VEXALog(kLogInfo, "No AppleUSBCDC device found");
         return false;
     }
@@ -74,19 +82,18 @@ bool findServices() {
     }
     for (udev_list_entry* entry = udev_enumerate_get_list_entry(search.get()); entry != nullptr;
          entry = udev_list_entry_get_next(entry)) {
-        const std::string path = udev_list_entry_get_name(entry);
-        if (isUsbSerial(context.get(), path)) {
-            servicePaths.push_back(path);
+        UdevDevice tty(
+            udev_device_new_from_syspath(context.get(), udev_list_entry_get_name(entry)));
+        if (tty && usbDeviceOf(tty.get()) != nullptr) {
+            foundServices.push_back(std::move(tty));
         }
     }
-    std::sort(servicePaths.begin(), servicePaths.end());
+    std::sort(foundServices.begin(), foundServices.end(), comesBefore);
     return true;
 }
 
-UdevDevice openService(udev* context, unsigned int service) {
-    return UdevDevice(context != nullptr && service < servicePaths.size()
-                          ? udev_device_new_from_syspath(context, servicePaths[service].c_str())
-                          : nullptr);
+UdevDevice takeService(unsigned int service) {
+    return service < foundServices.size() ? std::move(foundServices[service]) : nullptr;
 }
 
 } // namespace
@@ -99,7 +106,7 @@ bool VEXADeviceManager::findDevices(std::vector<VEXADevice>& out) {
     // One record for all services: a service that cannot be read is listed with the values of the
     // one before it, and dropped by the filter when those do not match. This is intended.
     VEXADevice device;
-    for (unsigned int service = 0; service < servicePaths.size(); ++service) {
+    for (unsigned int service = 0; service < foundServices.size(); ++service) {
         (void)getDeviceInterfaceDetails(service, device);
         out.push_back(device);
     }
@@ -108,8 +115,7 @@ bool VEXADeviceManager::findDevices(std::vector<VEXADevice>& out) {
 
 bool VEXADeviceManager::getDeviceInterfaceDetails(unsigned int service, VEXADevice& out) {
     const FunctionTrace trace("VEXADeviceManager::getDeviceInterfaceDetails");
-    const UdevContext context(udev_new());
-    const UdevDevice tty = openService(context.get(), service);
+    const UdevDevice tty = takeService(service);
     const char* node = tty ? udev_device_get_devnode(tty.get()) : nullptr;
     if (node == nullptr) {
         VEXALog(kLogError, "bsdPathAsCFString not found");
