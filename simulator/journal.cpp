@@ -47,6 +47,16 @@ void Journal::writeFrame(char direction, const std::uint8_t* bytes, std::size_t 
     }
 }
 
+void Journal::firstByte() {
+    if (m_times && !m_hasFirstByte) {
+        const std::chrono::duration<double> now =
+            std::chrono::steady_clock::now().time_since_epoch();
+        (void)std::fprintf(m_times.get(), "first byte at %.6f seconds\n", now.count());
+        (void)std::fflush(m_times.get());
+        m_hasFirstByte = true;
+    }
+}
+
 void Journal::dataPhaseBegins() {
     m_dataPhaseBegin = std::chrono::steady_clock::now();
 }

@@ -25,6 +25,9 @@ public:
     void frameFromHost(const std::uint8_t* bytes, std::size_t size);
     void answerToHost(const Bytes& bytes);
 
+    /// The first byte from the host, with the time on the monotonic clock.
+    void firstByte();
+
     /// The accepted request, and the end of its data: the time between them is the data phase.
     void dataPhaseBegins();
     void dataPhaseEnds(std::size_t blocks, std::size_t bytes);
@@ -42,6 +45,7 @@ private:
     File m_frames;
     File m_times;
     std::chrono::steady_clock::time_point m_dataPhaseBegin;
+    bool m_hasFirstByte = false;
 };
 
 /// Bytes as two uppercase digits each, with blanks between them.

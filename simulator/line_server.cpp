@@ -68,6 +68,7 @@ void LineServer::readFrom(std::size_t device, Clock::time_point now) {
     if (size <= 0) {
         return;
     }
+    m_journal.firstByte();
     if (m_bytesPerSecond != 0) {
         const std::chrono::duration<double> taken(static_cast<double>(size) /
                                                   static_cast<double>(m_bytesPerSecond));

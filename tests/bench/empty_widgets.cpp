@@ -1,0 +1,8 @@
+// The yardstick of the start: a widgets program that does nothing.
+
+#include <QApplication>
+
+int main(int argc, char* argv[]) {
+    const QApplication application(argc, argv);
+    return 0;
+}
