@@ -103,6 +103,16 @@ QStringList ProgramTest::asOrdinaryUser(const QStringList& command) {
                      command;
 }
 
+QStringList ProgramTest::withMountsOfItsOwn() {
+    for (const char* options : {"-rm", "-m"}) {
+        if (QProcess::execute("sh", {"-c", QString("unshare %1 true 2>/dev/null").arg(options)}) ==
+            0) {
+            return {"unshare", options};
+        }
+    }
+    return {};
+}
+
 void ProgramTest::makeTestDatabase(qint64 size) {
     QStringList statements = twoConcepts();
     statements.prepend("PRAGMA page_size=512");

@@ -54,6 +54,10 @@ protected:
     /// The same command line as an ordinary user, for whom the rights of files count.
     static QStringList asOrdinaryUser(const QStringList& command);
 
+    /// The head of a command line that may mount file systems of its own, unseen by others; empty
+    /// where neither user namespaces nor root's rights are at hand.
+    static QStringList withMountsOfItsOwn();
+
     /// A database of two concepts, of just this size, named "test.db".
     void makeTestDatabase(qint64 size);
 
