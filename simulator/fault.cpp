@@ -1,28 +1,35 @@
 #include "simulator/fault.h"
 
 #include <algorithm>
-#include <charconv>
+#include <iterator>
+#include <utility>
 
 namespace simulator {
 
 const char* const kFaultHelp =
-    "  A fault is STEP[:BLOCK]:KIND[=VALUE], for instance data:2:nack=41 or end:late=500.\n"
+    "  A fault is STEP[:BLOCK]:KIND[=VALUE], for instance data:2:nack=41 or end:late=500. Several\n"
+    "  at one frame work in their order.\n"
     "  STEP   init, request, data (BLOCK: the block counted from 1), end\n"
     "  KIND   silence        no answer\n"
-    "         wrong          the last byte of the answer differs (data: 15 in its place)\n"
+    "         wrong          the last byte of the answer differs (data: 15 in its place); the\n"
+    "                        terminal does not do what the frame asks for\n"
     "         short=N        only the first N bytes of the answer\n"
     "         long=N         N further bytes behind the answer\n"
     "         split=MS       the first byte, a pause of MS milliseconds, then the rest\n"
     "         late=MS        the answer after MS milliseconds\n"
-    "         bytes=HEX      these bytes in the place of the answer\n"
-    "         byte=XX        this byte in the place of the answer\n"
+    "         bytes=HEX      these bytes in the place of the answer; unless they accept the "
+    "frame,\n"
+    "                        the terminal does not do what it asks for\n"
+    "         byte=XX        the same with one byte\n"
     "         nack=XX        a refusal with this reason: 06 00 00 XX\n"
     "         incomplete-nack  a refusal that breaks off: 06 00\n"
-    "         pull           the cable is pulled\n";
+    "         pull           the cable is pulled before the terminal does anything\n";
 
 namespace {
 
 constexpr std::uint8_t kRefusal = 0x06;
+constexpr unsigned long kMostBytes = 1048576;
+constexpr unsigned long kLongestTime = 3600000; // milliseconds
 
 struct KindName {
     const char* name;
@@ -72,10 +79,10 @@ bool applyValue(const KindName& kind, const std::string& value, Fault& fault) {
         return value.empty();
     case KindName::Value::count:
         fault.count = number.value_or(0);
-        return number.has_value();
+        return number.has_value() && fault.count <= kMostBytes;
     case KindName::Value::time:
-        fault.time = std::chrono::milliseconds(number.value_or(0));
-        return number.has_value();
+        fault.time = std::chrono::milliseconds(std::min(number.value_or(0), kLongestTime));
+        return number.value_or(kLongestTime + 1) <= kLongestTime;
     case KindName::Value::byte:
     case KindName::Value::bytes:
         fault.bytes = bytes.value_or(Bytes());
@@ -87,8 +94,9 @@ bool applyValue(const KindName& kind, const std::string& value, Fault& fault) {
 
 } // namespace
 
-bool Fault::refuses() const {
-    return kind == FaultKind::wrong || kind == FaultKind::replace || kind == FaultKind::pull;
+bool Fault::refuses(const Bytes& acceptance) const {
+    return kind == FaultKind::wrong || kind == FaultKind::pull ||
+           (kind == FaultKind::replace && bytes != acceptance);
 }
 
 std::optional<Fault> parseFault(const std::string& text, std::string& error) {
@@ -124,35 +132,12 @@ std::optional<Fault> parseFault(const std::string& text, std::string& error) {
     return fault;
 }
 
-const Fault* findFault(const std::vector<Fault>& faults, Step step, std::size_t block) {
-    const auto found = std::find_if(faults.begin(), faults.end(), [&](const Fault& fault) {
+std::vector<Fault> faultsOf(const std::vector<Fault>& faults, Step step, std::size_t block) {
+    std::vector<Fault> found;
+    std::copy_if(faults.begin(), faults.end(), std::back_inserter(found), [&](const Fault& fault) {
         return fault.step == step && (step != Step::data || fault.block == block);
     });
-    return found == faults.end() ? nullptr : &*found;
-}
-
-std::optional<Bytes> parseBytes(const std::string& text) {
-    constexpr int kHexadecimal = 16;
-    std::string digits = text;
-    digits.erase(std::remove(digits.begin(), digits.end(), ' '), digits.end());
-    Bytes bytes;
-    for (std::size_t i = 0; i + 1 < digits.size(); i += 2) {
-        unsigned int value = 0;
-        const char* end = digits.data() + i + 2;
-        if (std::from_chars(digits.data() + i, end, value, kHexadecimal).ptr != end) {
-            return std::nullopt;
-        }
-        bytes.push_back(static_cast<std::uint8_t>(value));
-    }
-    return digits.size() % 2 == 0 ? std::optional<Bytes>(bytes) : std::nullopt;
-}
-
-std::optional<unsigned long> parseNumber(const std::string& text) {
-    unsigned long value = 0;
-    const char* end = text.data() + text.size();
-    const auto parsed = std::from_chars(text.data(), end, value);
-    return parsed.ec == std::errc() && parsed.ptr == end ? std::optional<unsigned long>(value)
-                                                         : std::nullopt;
+    return found;
 }
 
 } // namespace simulator

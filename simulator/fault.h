@@ -1,16 +1,14 @@
 // Faults that the simulated terminal shows on demand.
 #pragma once
 
+#include "simulator/bytes.h"
+
 #include <chrono>
-#include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace simulator {
-
-using Bytes = std::vector<std::uint8_t>;
 
 /// The frames of a load at which a fault can be placed.
 enum class Step { init, request, data, end };
@@ -35,24 +33,19 @@ struct Fault {
     std::chrono::milliseconds time{0}; ///< lateness or pause
     Bytes bytes;                       ///< the other answer
 
-    /// True for the faults by which the terminal refuses what it was sent.
-    bool refuses() const;
+    /// True when the terminal, showing this fault, does not do what the frame asks for.
+    /// \param acceptance the answer by which it would accept the frame
+    bool refuses(const Bytes& acceptance) const;
 };
 
 /// Reads a fault as the command line gives it, STEP[:BLOCK]:KIND[=VALUE], see kFaultHelp.
 /// \return nothing, with the reason in `error`, when it is not understood
 std::optional<Fault> parseFault(const std::string& text, std::string& error);
 
-/// The first of these faults that belongs to a frame, null when there is none.
-const Fault* findFault(const std::vector<Fault>& faults, Step step, std::size_t block);
+/// Those of these faults that belong to a frame, in their order.
+std::vector<Fault> faultsOf(const std::vector<Fault>& faults, Step step, std::size_t block);
 
 /// How faults are written, for a help text.
 extern const char* const kFaultHelp;
-
-/// Reads hexadecimal digits, two a byte, blanks between bytes allowed.
-std::optional<Bytes> parseBytes(const std::string& text);
-
-/// Reads a decimal number that fills the whole text.
-std::optional<unsigned long> parseNumber(const std::string& text);
 
 } // namespace simulator

@@ -71,22 +71,4 @@ void Journal::dataPhaseEnds(std::size_t blocks, std::size_t bytes) {
     }
 }
 
-std::string hexadecimal(const std::uint8_t* bytes, std::size_t size) {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    std::string text;
-    text.reserve(size * 3);
-    for (std::size_t i = 0; i < size; ++i) {
-        if (i > 0) {
-            text.push_back(' ');
-        }
-        text.push_back(kDigits[bytes[i] >> 4U]);
-        text.push_back(kDigits[bytes[i] & 0x0FU]);
-    }
-    return text;
-}
-
-std::string hexadecimal(const Bytes& bytes) {
-    return hexadecimal(bytes.data(), bytes.size());
-}
-
 } // namespace simulator

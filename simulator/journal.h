@@ -2,7 +2,7 @@
 // times of a load for measuring.
 #pragma once
 
-#include "simulator/fault.h"
+#include "simulator/bytes.h"
 
 #include <chrono>
 #include <cstdio>
@@ -47,9 +47,5 @@ private:
     std::chrono::steady_clock::time_point m_dataPhaseBegin;
     bool m_hasFirstByte = false;
 };
-
-/// Bytes as two uppercase digits each, with blanks between them.
-std::string hexadecimal(const std::uint8_t* bytes, std::size_t size);
-std::string hexadecimal(const Bytes& bytes);
 
 } // namespace simulator

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <climits>
-#include <poll.h>
 #include <string>
 #include <unistd.h>
 
@@ -12,52 +11,56 @@ namespace {
 
 constexpr std::size_t kReadSize = 65536;
 constexpr std::size_t kPacedReadSize = 4096;
+constexpr std::chrono::milliseconds kPacingSlack(5); // what the scheduler may be late by
 
-bool writeAll(int line, const Bytes& bytes) {
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t written = write(line, bytes.data() + done, bytes.size() - done);
-        if (written <= 0) {
-            return false;
-        }
-        done += static_cast<std::size_t>(written);
-    }
-    return true;
-}
+// Places in the list of what is watched; the lines follow.
+constexpr std::size_t kEndSignal = 0;
+constexpr std::size_t kUseChanges = 1;
+constexpr std::size_t kFirstLine = 2;
 
 } // namespace
 
 LineServer::LineServer(const Options& options, UsbTestbed& testbed, Journal& journal)
     : m_testbed(testbed), m_journal(journal), m_bytesPerSecond(options.bytesPerSecond) {
     for (std::size_t i = 0; i < testbed.count(); ++i) {
-        Terminal terminal;
-        terminal.model = std::make_unique<TerminalModel>(
-            options.storeFolder + "/ttyACM" + std::to_string(i), options.faults, journal);
-        m_terminals.push_back(std::move(terminal));
+        m_terminals.emplace_back("ttyACM" + std::to_string(i), options, journal);
     }
 }
 
 void LineServer::serveUntil(int endSignal) {
     for (;;) {
         const Clock::time_point now = Clock::now();
-        std::vector<pollfd> watched = {{endSignal, POLLIN, 0}};
         for (std::size_t i = 0; i < m_terminals.size(); ++i) {
             doPending(i, now);
-            const bool mayRead = m_terminals[i].readable <= now;
-            watched.push_back({mayRead ? m_testbed.line(i) : -1, POLLIN, 0});
         }
-        if (poll(watched.data(), watched.size(), millisecondsToNextEvent(now)) < 0) {
+        std::vector<pollfd> events = watched(endSignal, now);
+        if (poll(events.data(), events.size(), millisecondsToNextEvent(now)) < 0) {
             continue; // interrupted
         }
         for (std::size_t i = 0; i < m_terminals.size(); ++i) {
-            if ((watched[i + 1].revents & POLLIN) != 0) {
+            if ((events[kFirstLine + i].revents & POLLIN) != 0) {
                 readFrom(i, Clock::now());
             }
         }
-        if ((watched[0].revents & POLLIN) != 0) {
+        if (events[kUseChanges].revents != 0) {
+            for (const std::size_t device : m_testbed.takeAbandoned()) {
+                hangUp(device);
+            }
+        }
+        if (events[kEndSignal].revents != 0) {
             return;
         }
     }
+}
+
+std::vector<pollfd> LineServer::watched(int endSignal, Clock::time_point now) const {
+    std::vector<pollfd> list = {{endSignal, POLLIN, 0}, {m_testbed.useChanges(), POLLIN, 0}};
+    for (std::size_t i = 0; i < m_terminals.size(); ++i) {
+        const short reading = m_terminals[i].readable <= now ? POLLIN : 0;
+        const short writing = m_terminals[i].unsent.empty() ? 0 : POLLOUT;
+        list.push_back({m_testbed.line(i), static_cast<short>(reading | writing), 0});
+    }
+    return list;
 }
 
 void LineServer::readFrom(std::size_t device, Clock::time_point now) {
@@ -72,10 +75,10 @@ void LineServer::readFrom(std::size_t device, Clock::time_point now) {
     if (m_bytesPerSecond != 0) {
         const std::chrono::duration<double> taken(static_cast<double>(size) /
                                                   static_cast<double>(m_bytesPerSecond));
-        terminal.readable = std::max(terminal.readable, now - std::chrono::milliseconds(5)) +
+        terminal.readable = std::max(terminal.readable, now - kPacingSlack) +
                             std::chrono::duration_cast<Clock::duration>(taken);
     }
-    for (Action& action : terminal.model->receive(bytes, static_cast<std::size_t>(size))) {
+    for (Action& action : terminal.model.receive(bytes, static_cast<std::size_t>(size))) {
         if (terminal.pending.empty()) {
             terminal.due = now + action.delay;
         }
@@ -90,17 +93,37 @@ void LineServer::doPending(std::size_t device, Clock::time_point now) {
         const Action action = terminal.pending.front();
         terminal.pending.pop_front();
         if (action.pullsCable) {
-            m_journal.trace("the cable of ttyACM" + std::to_string(device) + " is pulled");
-            terminal.model->lineDown();
+            m_journal.trace("ttyACM" + std::to_string(device) + " the cable is pulled");
             m_testbed.pull(device);
-            terminal.pending.clear();
-        } else if (m_testbed.line(device) >= 0 && !writeAll(m_testbed.line(device), action.bytes)) {
-            m_journal.trace("the answer could not be written");
+            hangUp(device);
+            return;
         }
+        terminal.unsent.insert(terminal.unsent.end(), action.bytes.begin(), action.bytes.end());
         if (!terminal.pending.empty()) {
             terminal.due = now + terminal.pending.front().delay;
         }
     }
+    sendUnsent(device);
+}
+
+void LineServer::sendUnsent(std::size_t device) {
+    Bytes& unsent = m_terminals[device].unsent;
+    while (!unsent.empty()) {
+        const ssize_t written = write(m_testbed.line(device), unsent.data(), unsent.size());
+        if (written <= 0) {
+            return; // The host has not read what came before.
+        }
+        unsent.erase(unsent.begin(), unsent.begin() + written);
+    }
+}
+
+/// The terminal sees the line go down, as when the host closes its port.
+void LineServer::hangUp(std::size_t device) {
+    Terminal& terminal = m_terminals[device];
+    terminal.model.lineDown();
+    terminal.pending.clear();
+    terminal.unsent.clear();
+    m_testbed.flush(device);
 }
 
 int LineServer::millisecondsToNextEvent(Clock::time_point now) const {

@@ -8,13 +8,14 @@
 
 #include <chrono>
 #include <deque>
-#include <memory>
+#include <poll.h>
 #include <vector>
 
 namespace simulator {
 
 class LineServer {
 public:
+    /// \param testbed with its devices plugged in; outlives the server, as does the journal
     LineServer(const Options& options, UsbTestbed& testbed, Journal& journal);
 
     /// Serves all lines.
@@ -25,20 +26,27 @@ private:
     using Clock = std::chrono::steady_clock;
 
     struct Terminal {
-        std::unique_ptr<TerminalModel> model;
+        Terminal(const std::string& name, const Options& options, Journal& journal)
+            : model(name, options.storeFolder + "/" + name, options.faults, journal) {}
+
+        TerminalModel model;
         std::deque<Action> pending; ///< what it is still to do, in order
         Clock::time_point due;      ///< when the first of these is to be done
         Clock::time_point readable; ///< before this the link's rate forbids reading
+        Bytes unsent;               ///< what the line has not taken yet
     };
 
-    void doPending(std::size_t device, Clock::time_point now);
+    std::vector<pollfd> watched(int endSignal, Clock::time_point now) const;
     void readFrom(std::size_t device, Clock::time_point now);
+    void doPending(std::size_t device, Clock::time_point now);
+    void sendUnsent(std::size_t device);
+    void hangUp(std::size_t device);
     int millisecondsToNextEvent(Clock::time_point now) const;
 
     UsbTestbed& m_testbed;
     Journal& m_journal;
     unsigned long m_bytesPerSecond;
-    std::vector<Terminal> m_terminals;
+    std::deque<Terminal> m_terminals;
 };
 
 } // namespace simulator

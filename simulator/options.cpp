@@ -1,6 +1,6 @@
 #include "simulator/options.h"
 
-#include <functional>
+#include <utility>
 
 namespace simulator {
 
@@ -141,24 +141,28 @@ private:
 
     bool storeOther(const std::string& word, const std::string& value) {
         if (word == "--devices") {
-            const std::optional<unsigned long> count = parseNumber(value);
-            m_count = count.value_or(0);
-            return count.has_value() && m_count <= kMostDevices;
+            m_count = parseNumber(value).value_or(kMostDevices + 1);
+            return m_count <= kMostDevices;
         }
         if (word == "--device") {
             const std::optional<UsbDevice> device = parseDevice(value);
-            m_options.devices.push_back(device.value_or(UsbDevice()));
-            return device.has_value();
+            if (!device) {
+                return false;
+            }
+            m_options.devices.push_back(*device);
+            return true;
         }
         if (word == "--rate") {
-            const std::optional<unsigned long> rate = parseRate(value);
-            m_options.bytesPerSecond = rate.value_or(0);
-            return rate.has_value();
+            m_options.bytesPerSecond = parseRate(value).value_or(0);
+            return m_options.bytesPerSecond != 0;
         }
         if (word == "--fault") {
             const std::optional<Fault> fault = parseFault(value, m_error);
-            m_options.faults.push_back(fault.value_or(Fault()));
-            return fault.has_value();
+            if (!fault) {
+                return false;
+            }
+            m_options.faults.push_back(*fault);
+            return true;
         }
         return false;
     }

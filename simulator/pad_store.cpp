@@ -39,7 +39,11 @@ bool PadStore::finish() {
         return false;
     }
     const bool written = std::fclose(file) == 0;
-    return written && std::rename(m_part.c_str(), m_target.c_str()) == 0;
+    const bool stored = written && std::rename(m_part.c_str(), m_target.c_str()) == 0;
+    if (!stored) {
+        (void)std::remove(m_part.c_str());
+    }
+    return stored;
 }
 
 void PadStore::drop() {

@@ -19,10 +19,13 @@ public:
     PadStore& operator=(const PadStore&) = delete;
 
     /// Begins a load into a PAD; what an unfinished one has brought is dropped.
+    /// \return false when its file cannot be written
     bool begin(int pad);
+    /// Takes a part of the load. \return false when it cannot be written, or no load was begun
     bool append(const std::uint8_t* bytes, std::size_t size);
     /// Makes what came the content of the PAD. \return false when it could not be stored
     bool finish();
+    /// Forgets what an unfinished load has brought.
     void drop();
 
     /// The file that holds the database of a PAD.

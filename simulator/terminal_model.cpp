@@ -1,7 +1,8 @@
 #include "simulator/terminal_model.h"
 
+#include "simulator/request_frame.h"
+
 #include <algorithm>
-#include <iterator>
 
 namespace simulator {
 
@@ -17,56 +18,31 @@ constexpr std::uint8_t kEndCommand = 0x02;
 // For every PAD alike, CRC included: the terminal knows just these bytes.
 const Bytes kInitBody = {0xC0, 0x04, 0x00, 0x78, 0x01, 0x2C, 0xB8, 0xE4};
 const Bytes kInitAnswerBody = {0xE0, 0x04, 0x00, 0x78, 0x01, 0x2C, 0x45, 0xBB};
-const Bytes kRequestConstants = {0x05, 0x01, 0x01, 0x60};
 
 constexpr std::size_t kInitSize = 9;
-constexpr std::size_t kRequestLengthOffset = 2;
-constexpr std::size_t kRequestConstantsOffset = 3;
-constexpr std::size_t kConceptLengthOffset = 7;
-constexpr std::size_t kSizeTagOffset = 8;
-constexpr std::size_t kSizeCountOffset = 9;
-constexpr std::size_t kRequestHeaderSize = 10;
-constexpr std::size_t kCrcSize = 2;
 constexpr std::size_t kDataHeaderSize = 3;
-constexpr std::size_t kEndSize = 3;
 constexpr std::size_t kLargestBlock = 30720;
-constexpr std::size_t kLargestSizeCount = 4;
-constexpr std::uint8_t kSizeTag = 0x80;
-constexpr std::uint8_t kFirstConceptTag = 0x81;
-constexpr std::uint8_t kLastConceptTag = 0x8F;
 
+const Bytes kEndFrame = {kEndCommand, 0x00, 0x00};
 const Bytes kBlockAccepted = {0x05};
 const Bytes kLoadAccepted = {0x05, 0x00, 0x00};
 const Bytes kLoadRefused = {0x06, 0x00, 0x00};
 constexpr std::uint8_t kOtherAnswer = 0x15;
 
-// Reasons in the answer to a refused block.
+// Reasons in the answer to a refused request and to a refused block.
+constexpr std::uint8_t kWrongRequest = 0x01;
+constexpr std::uint8_t kNoRoom = 0x02;
 constexpr std::uint8_t kNoLoadUnderWay = 'S';
 constexpr std::uint8_t kWrongLength = 'L';
 constexpr std::uint8_t kMoreThanAnnounced = 'O';
 constexpr std::uint8_t kCannotStore = 'W';
 
-/// CRC-16/KERMIT, bit by bit.
-std::uint16_t crcOf(const Bytes& bytes, std::size_t size) {
-    std::uint16_t crc = 0;
-    for (std::size_t i = 0; i < size; ++i) {
-        crc = static_cast<std::uint16_t>(crc ^ bytes[i]);
-        for (int bit = 0; bit < 8; ++bit) {
-            crc = static_cast<std::uint16_t>((crc & 1) != 0 ? (crc >> 1) ^ 0x8408 : crc >> 1);
-        }
-    }
-    return crc;
-}
-
-Bytes withCrc(Bytes bytes) {
-    const std::uint16_t crc = crcOf(bytes, bytes.size());
-    bytes.push_back(static_cast<std::uint8_t>(crc & 0xFF));
-    bytes.push_back(static_cast<std::uint8_t>(crc >> 8));
-    return bytes;
-}
-
 Bytes blockRefused(std::uint8_t reason) {
     return {0x06, 0x00, 0x00, reason};
+}
+
+Bytes requestAnswer(int pad, std::uint8_t reason) {
+    return withCrc({static_cast<std::uint8_t>(kReplyBase + pad), 0x40, 0x02, 0x00, reason});
 }
 
 /// What the host is to see in the place of an answer.
@@ -98,41 +74,46 @@ void applyFault(const Fault& fault, Bytes& answer) {
     }
 }
 
-std::string mismatch(const std::string& what, const Bytes& got, const Bytes& expected) {
-    return what + " " + hexadecimal(got) + ", expected " + hexadecimal(expected);
+const Fault* findKind(const std::vector<Fault>& faults, FaultKind kind) {
+    const auto found = std::find_if(faults.begin(), faults.end(),
+                                    [&](const Fault& fault) { return fault.kind == kind; });
+    return found == faults.end() ? nullptr : &*found;
 }
 
 } // namespace
 
-TerminalModel::TerminalModel(std::string storeFolder, std::vector<Fault> faults, Journal& journal)
-    : m_store(std::move(storeFolder)), m_faults(std::move(faults)), m_journal(journal) {
+TerminalModel::TerminalModel(std::string name, std::string storeFolder, std::vector<Fault> faults,
+                             Journal& journal)
+    : m_name(std::move(name)), m_store(std::move(storeFolder)), m_faults(std::move(faults)),
+      m_journal(journal) {
 }
 
 std::vector<Action> TerminalModel::receive(const std::uint8_t* bytes, std::size_t size) {
     m_received.insert(m_received.end(), bytes, bytes + size);
     std::vector<Action> actions;
     Frame frame{};
-    while (nextFrame(frame)) {
-        m_journal.frameFromHost(m_received.data(), frame.size);
-        const std::size_t block = frame.step == Step::data ? m_block + 1 : 0;
-        const Fault* fault = findFault(m_faults, frame.step, block);
-        const Bytes answer = answerTo(frame, fault != nullptr && fault->refuses());
-        const std::vector<Action> now = actionsFor(fault, answer);
+    while (findFrame(frame)) {
+        const std::vector<Action> now = takeFrame(frame);
         actions.insert(actions.end(), now.begin(), now.end());
-        m_received.erase(m_received.begin(),
-                         m_received.begin() + static_cast<std::ptrdiff_t>(frame.size));
     }
     return actions;
 }
 
 void TerminalModel::lineDown() {
     if (m_state == State::loading) {
-        m_journal.trace(padName() + ": the line went down after " + std::to_string(m_stored) +
-                        " of " + std::to_string(m_announced) + " bytes, nothing is stored");
+        trace(padName() + ": the line went down after " + std::to_string(m_stored) + " of " +
+              std::to_string(m_announced) + " bytes, nothing is stored");
+    }
+    if (!m_received.empty()) {
+        discardAll("the line went down in the middle of a frame");
     }
     m_store.drop();
-    m_received.clear();
+    m_toSkip = 0;
     m_state = State::asleep;
+}
+
+void TerminalModel::trace(const std::string& line) {
+    m_journal.trace(m_name + " " + line);
 }
 
 std::string TerminalModel::padName() const {
@@ -140,32 +121,40 @@ std::string TerminalModel::padName() const {
 }
 
 /// \return false when more bytes must come first
-bool TerminalModel::nextFrame(Frame& frame) {
+bool TerminalModel::findFrame(Frame& frame) {
+    takeReceived(0);
     if (m_received.empty()) {
         return false;
     }
+    frame = {};
+    bool found = true;
     switch (m_received[0]) {
-    case kDataCommand: {
-        if (m_received.size() < kDataHeaderSize) {
-            return false;
-        }
-        const std::size_t length = static_cast<std::size_t>(m_received[1] << 8) + m_received[2];
-        frame = {Step::data, kDataHeaderSize + length};
+    case kDataCommand:
+        found = findDataFrame(frame);
         break;
-    }
     case kEndCommand:
-        frame = {Step::end, kEndSize};
+        frame = {Step::end, kEndFrame.size(), ""};
         break;
     default:
-        if (!addressedFrame(frame)) {
-            return false;
-        }
+        found = findAddressedFrame(frame);
         break;
     }
-    return m_received.size() >= frame.size;
+    return found && (!frame.fault.empty() || m_received.size() >= frame.size);
 }
 
-bool TerminalModel::addressedFrame(Frame& frame) {
+bool TerminalModel::findDataFrame(Frame& frame) const {
+    if (m_received.size() < kDataHeaderSize) {
+        return false;
+    }
+    const std::size_t length = static_cast<std::size_t>(m_received[1] << 8) + m_received[2];
+    frame = {Step::data, kDataHeaderSize + length, ""};
+    if (length == 0 || length > kLargestBlock) {
+        frame.fault = std::to_string(length) + " bytes are not 1 to 30720";
+    }
+    return true;
+}
+
+bool TerminalModel::findAddressedFrame(Frame& frame) {
     if ((m_received[0] & kAddressNibble) != kAddressNibble) {
         discardAll("no frame begins with it");
         return false;
@@ -174,7 +163,7 @@ bool TerminalModel::addressedFrame(Frame& frame) {
         return false;
     }
     if (m_received[1] == kInitCommand) {
-        frame = {Step::init, kInitSize};
+        frame = {Step::init, kInitSize, ""};
         return true;
     }
     if (m_received[1] != kRequestCommand) {
@@ -184,154 +173,151 @@ bool TerminalModel::addressedFrame(Frame& frame) {
     if (m_received.size() < kRequestHeaderSize) {
         return false;
     }
-    frame = {Step::request, kRequestHeaderSize + m_received[kSizeCountOffset] +
-                                m_received[kConceptLengthOffset] + kCrcSize};
+    frame = {Step::request, requestFrameSize(m_received.data()), ""};
+    const std::size_t count = sizeCount(m_received.data());
+    if (count > kLargestSizeCount) {
+        frame.fault = std::to_string(count) + " size bytes are more than 4";
+    }
     return true;
 }
 
+/// Takes bytes off what has come, and those that are to be skipped with them.
+void TerminalModel::takeReceived(std::size_t size) {
+    const std::size_t taken = std::min(size + m_toSkip, m_received.size());
+    m_toSkip = size + m_toSkip - taken;
+    m_received.erase(m_received.begin(), m_received.begin() + static_cast<std::ptrdiff_t>(taken));
+}
+
 void TerminalModel::discardAll(const std::string& reason) {
-    const std::size_t shown = std::min<std::size_t>(m_received.size(), 16);
-    m_journal.trace("discarded " + std::to_string(m_received.size()) + " bytes that begin with " +
-                    hexadecimal(m_received.data(), shown) + ": " + reason);
+    constexpr std::size_t kShown = 16;
+    const std::size_t shown = std::min(m_received.size(), kShown);
+    trace("discarded " + std::to_string(m_received.size()) + " bytes that begin with " +
+          hexadecimal(m_received.data(), shown) + ": " + reason);
     m_received.clear();
 }
 
-Bytes TerminalModel::refuse(const std::string& reason, Bytes answer) {
-    m_journal.trace("refused: " + reason);
-    return answer;
+std::vector<Action> TerminalModel::takeFrame(const Frame& frame) {
+    const std::size_t come = std::min(frame.size, m_received.size());
+    const Bytes bytes(m_received.begin(), m_received.begin() + static_cast<std::ptrdiff_t>(come));
+    takeReceived(frame.size);
+    m_journal.frameFromHost(bytes.data(), bytes.size());
+    m_block += frame.step == Step::data ? 1 : 0;
+    const std::vector<Fault> faults = faultsOf(m_faults, frame.step, m_block);
+    const Bytes acceptance = acceptanceOf(frame.step);
+    const bool refused = std::any_of(faults.begin(), faults.end(),
+                                     [&](const Fault& fault) { return fault.refuses(acceptance); });
+    return actionsFor(faults, answerTo(frame, bytes, refused));
 }
 
-Bytes TerminalModel::answerTo(const Frame& frame, bool refuse) {
-    switch (frame.step) {
-    case Step::init:
-        return answerInit(frame);
+Bytes TerminalModel::acceptanceOf(Step step) const {
+    switch (step) {
     case Step::request:
-        return answerRequest(frame);
+        return requestAnswer(m_pad, 0);
     case Step::data:
-        return answerData(frame, refuse);
+        return kBlockAccepted;
     case Step::end:
-        return answerEnd();
+        return kLoadAccepted;
+    case Step::init:
+        break;
     }
     return {};
 }
 
-Bytes TerminalModel::answerInit(const Frame& frame) {
+Bytes TerminalModel::answerTo(const Frame& frame, const Bytes& bytes, bool refusedByFault) {
+    switch (frame.step) {
+    case Step::init:
+        return answerInit(bytes, refusedByFault);
+    case Step::request:
+        return answerRequest(frame, bytes, refusedByFault);
+    case Step::data:
+        return answerData(frame, bytes, refusedByFault);
+    case Step::end:
+        return answerEnd(bytes, refusedByFault);
+    }
+    return {};
+}
+
+/// Every refusal ends the load.
+Bytes TerminalModel::refuse(const std::string& reason, Bytes answer) {
+    trace("refused: " + reason);
+    m_store.drop();
+    m_state = State::asleep;
+    return answer;
+}
+
+Bytes TerminalModel::answerInit(const Bytes& bytes, bool refusedByFault) {
     if (m_state == State::loading) {
-        m_journal.trace(padName() + ": the load is broken off by a new initialisation frame");
+        trace(padName() + ": the load is broken off by a new initialisation frame");
     }
     m_store.drop();
     m_state = State::asleep;
-    const Bytes body(m_received.begin() + 1,
-                     m_received.begin() + static_cast<std::ptrdiff_t>(frame.size));
+    const Bytes body(bytes.begin() + 1, bytes.end());
     if (body != kInitBody) {
-        return refuse(
-            mismatch("initialisation frame: bytes after the address are", body, kInitBody), {});
+        return refuse("initialisation frame: bytes after the address are " + hexadecimal(body) +
+                          ", expected " + hexadecimal(kInitBody),
+                      {});
     }
-    m_pad = m_received[0] >> 4;
-    m_state = State::awake;
-    m_journal.trace(padName() + ": woken");
+    m_pad = bytes[0] >> 4;
     Bytes answer = {static_cast<std::uint8_t>(kReplyBase + m_pad)};
     answer.insert(answer.end(), kInitAnswerBody.begin(), kInitAnswerBody.end());
+    if (refusedByFault) {
+        return refuse("initialisation frame: a fault was asked for", answer);
+    }
+    m_state = State::awake;
+    m_block = 0;
+    trace(padName() + ": woken");
     return answer;
 }
 
-Bytes TerminalModel::answerRequest(const Frame& frame) {
-    const auto reply = static_cast<std::uint8_t>(kReplyBase + (m_received[0] >> 4));
-    const std::string fault = faultOfRequest(frame);
-    if (!fault.empty()) {
-        return refuse("request frame: " + fault, withCrc({reply, 0x40, 0x02, 0x00, 0x01}));
-    }
-    const std::size_t sizeEnd = kRequestHeaderSize + m_received[kSizeCountOffset];
-    m_announced = 0;
-    for (std::size_t i = kRequestHeaderSize; i < sizeEnd; ++i) {
-        m_announced = (m_announced << 8) + m_received[i];
-    }
-    m_stored = 0;
-    m_block = 0;
-    m_state = State::loading;
-    if (!m_store.begin(m_pad)) {
-        return refuse("request frame: cannot write " + m_store.fileOf(m_pad),
-                      withCrc({reply, 0x40, 0x02, 0x00, 0x02}));
-    }
-    m_journal.trace(padName() + ": a load of " + std::to_string(m_announced) +
-                    " bytes is announced" + conceptText(sizeEnd, frame.size - kCrcSize));
-    m_journal.dataPhaseBegins();
-    return withCrc({reply, 0x40, 0x02, 0x00, 0x00});
-}
-
-/// What is wrong with a request frame; empty when nothing is.
-std::string TerminalModel::faultOfRequest(const Frame& frame) const {
-    const std::size_t checked = frame.size - kCrcSize;
-    const std::uint16_t crc = crcOf(m_received, checked);
-    const std::size_t got = static_cast<std::size_t>(m_received[checked]) +
-                            (static_cast<std::size_t>(m_received[checked + 1]) << 8);
-    if (got != crc) {
-        return mismatch(
-            "CRC is", {m_received[checked], m_received[checked + 1]},
-            {static_cast<std::uint8_t>(crc & 0xFF), static_cast<std::uint8_t>(crc >> 8)});
-    }
+/// Why a request does not fit now; empty when it does.
+std::string TerminalModel::faultOfState(const Bytes& request) const {
     if (m_state == State::asleep) {
         return "the terminal was not woken";
     }
-    if (m_received[0] >> 4 != m_pad) {
-        return "it is for PAD " + std::to_string(m_received[0] >> 4) + ", but " + padName() +
+    if (m_state == State::loading) {
+        return "a load is under way";
+    }
+    if (request[0] >> 4 != m_pad) {
+        return "it is for PAD " + std::to_string(request[0] >> 4) + ", but " + padName() +
                " was woken";
-    }
-    const auto length = static_cast<std::uint8_t>((checked - 3) & 0xFF);
-    if (m_received[kRequestLengthOffset] != length) {
-        return mismatch("length byte is", {m_received[kRequestLengthOffset]}, {length});
-    }
-    const Bytes constants(m_received.begin() + kRequestConstantsOffset,
-                          m_received.begin() + kConceptLengthOffset);
-    if (constants != kRequestConstants || m_received[kSizeTagOffset] != kSizeTag) {
-        return mismatch("bytes 3 to 6 are", constants, kRequestConstants);
-    }
-    const std::size_t sizeCount = m_received[kSizeCountOffset];
-    if (sizeCount > kLargestSizeCount) {
-        return std::to_string(sizeCount) + " size bytes are more than 4";
-    }
-    if (sizeCount > 0 && m_received[kRequestHeaderSize] == 0) {
-        return "the first size byte is 0";
-    }
-    return faultOfConcepts(kRequestHeaderSize + sizeCount, checked);
-}
-
-std::string TerminalModel::faultOfConcepts(std::size_t begin, std::size_t end) const {
-    for (std::size_t i = begin; i < end;) {
-        if (m_received[i] < kFirstConceptTag || m_received[i] > kLastConceptTag) {
-            return "no concept begins with " + hexadecimal({m_received[i]});
-        }
-        if (i + 2 > end || i + 2 + m_received[i + 1] > end) {
-            return "the last concept goes beyond the concept block";
-        }
-        i += 2U + m_received[i + 1];
     }
     return {};
 }
 
-std::string TerminalModel::conceptText(std::size_t begin, std::size_t end) const {
-    std::string text;
-    for (std::size_t i = begin; i < end;) {
-        const std::size_t length = m_received[i + 1];
-        const auto value = m_received.begin() + static_cast<std::ptrdiff_t>(i + 2);
-        text += ", concept " + std::to_string(m_received[i] - kSizeTag) + " = \"" +
-                std::string(value, value + static_cast<std::ptrdiff_t>(length)) + "\"";
-        i += 2 + length;
+Bytes TerminalModel::answerRequest(const Frame& frame, const Bytes& bytes, bool refusedByFault) {
+    const int pad = bytes[0] >> 4;
+    std::string fault = frame.fault.empty() ? faultOfRequest(bytes) : frame.fault;
+    if (fault.empty()) {
+        fault = faultOfState(bytes);
     }
-    return text;
+    if (!fault.empty()) {
+        return refuse("request frame: " + fault, requestAnswer(pad, kWrongRequest));
+    }
+    if (refusedByFault) {
+        return refuse("request frame: a fault was asked for", requestAnswer(pad, 0));
+    }
+    if (!m_store.begin(m_pad)) {
+        return refuse("request frame: cannot write " + m_store.fileOf(m_pad),
+                      requestAnswer(pad, kNoRoom));
+    }
+    m_announced = announcedSize(bytes);
+    m_stored = 0;
+    m_state = State::loading;
+    trace(padName() + ": a load of " + std::to_string(m_announced) + " bytes is announced" +
+          conceptText(bytes));
+    m_journal.dataPhaseBegins();
+    return requestAnswer(pad, 0);
 }
 
-Bytes TerminalModel::answerData(const Frame& frame, bool refusedByFault) {
-    const std::size_t length = frame.size - kDataHeaderSize;
-    ++m_block;
+Bytes TerminalModel::answerData(const Frame& frame, const Bytes& bytes, bool refusedByFault) {
     const std::string name = "block " + std::to_string(m_block);
     if (m_state != State::loading) {
         return refuse(name + ": no load is under way", blockRefused(kNoLoadUnderWay));
     }
-    if (length == 0 || length > kLargestBlock) {
-        return refuse(name + ": " + std::to_string(length) + " bytes are not 1 to 30720",
-                      blockRefused(kWrongLength));
+    if (!frame.fault.empty()) {
+        return refuse(name + ": " + frame.fault, blockRefused(kWrongLength));
     }
+    const std::size_t length = frame.size - kDataHeaderSize;
     if (m_stored + length > m_announced) {
         return refuse(name + ": " + std::to_string(m_stored + length) +
                           " bytes are more than the " + std::to_string(m_announced) + " announced",
@@ -340,60 +326,62 @@ Bytes TerminalModel::answerData(const Frame& frame, bool refusedByFault) {
     if (refusedByFault) {
         return refuse(name + ": a fault was asked for", kBlockAccepted);
     }
-    if (!m_store.append(m_received.data() + kDataHeaderSize, length)) {
+    if (!m_store.append(bytes.data() + kDataHeaderSize, length)) {
         return refuse(name + ": cannot write " + m_store.fileOf(m_pad), blockRefused(kCannotStore));
     }
     m_stored += length;
-    m_journal.trace(padName() + ": " + name + ", " + std::to_string(m_stored) + " of " +
-                    std::to_string(m_announced) + " bytes");
+    trace(padName() + ": " + name + ", " + std::to_string(m_stored) + " of " +
+          std::to_string(m_announced) + " bytes");
     return kBlockAccepted;
 }
 
-Bytes TerminalModel::answerEnd() {
+Bytes TerminalModel::answerEnd(const Bytes& bytes, bool refusedByFault) {
     m_journal.dataPhaseEnds(m_block, m_stored);
-    if (m_received[1] != 0 || m_received[2] != 0) {
-        return refuse("ending frame: " + hexadecimal(m_received.data(), kEndSize) +
-                          ", expected 02 00 00",
-                      kLoadRefused);
+    if (bytes != kEndFrame) {
+        return refuse("ending frame: " + hexadecimal(bytes) + ", expected 02 00 00", kLoadRefused);
     }
     if (m_state != State::loading) {
         return refuse("ending frame: no load is under way", kLoadRefused);
     }
-    m_state = State::asleep;
     if (m_stored != m_announced) {
-        m_store.drop();
         return refuse("ending frame: " + std::to_string(m_stored) + " bytes came, " +
                           std::to_string(m_announced) + " were announced",
                       kLoadRefused);
     }
+    if (refusedByFault) {
+        return refuse("ending frame: a fault was asked for", kLoadAccepted);
+    }
     if (!m_store.finish()) {
         return refuse("ending frame: cannot write " + m_store.fileOf(m_pad), kLoadRefused);
     }
-    m_journal.trace(padName() + ": complete, " + std::to_string(m_stored) + " bytes stored in " +
-                    m_store.fileOf(m_pad));
+    m_state = State::asleep;
+    trace(padName() + ": complete, " + std::to_string(m_stored) + " bytes stored in " +
+          m_store.fileOf(m_pad));
     return kLoadAccepted;
 }
 
-std::vector<Action> TerminalModel::actionsFor(const Fault* fault, Bytes answer) {
+std::vector<Action> TerminalModel::actionsFor(const std::vector<Fault>& faults, Bytes answer) {
     Action action;
-    if (fault != nullptr) {
-        m_journal.trace("a fault was asked for at this frame");
-        applyFault(*fault, answer);
-        action.pullsCable = fault->kind == FaultKind::pull;
-        action.delay = fault->kind == FaultKind::late ? fault->time : action.delay;
+    for (const Fault& fault : faults) {
+        applyFault(fault, answer);
+        action.delay += fault.kind == FaultKind::late ? fault.time : std::chrono::milliseconds(0);
     }
-    if (action.pullsCable || answer.empty()) {
-        return action.pullsCable ? std::vector<Action>{action} : std::vector<Action>{};
+    if (findKind(faults, FaultKind::pull) != nullptr) {
+        action.pullsCable = true;
+        return {action};
     }
-    const std::size_t first =
-        fault != nullptr && fault->kind == FaultKind::split ? 1 : answer.size();
+    if (answer.empty()) {
+        return {};
+    }
+    const Fault* split = findKind(faults, FaultKind::split);
+    const std::size_t first = split == nullptr ? answer.size() : 1;
     action.bytes.assign(answer.begin(), answer.begin() + static_cast<std::ptrdiff_t>(first));
-    std::vector<Action> actions = {action};
     m_journal.answerToHost(action.bytes);
-    if (fault != nullptr && first < answer.size()) {
+    std::vector<Action> actions = {action};
+    if (split != nullptr && first < answer.size()) {
         const Bytes rest(answer.begin() + static_cast<std::ptrdiff_t>(first), answer.end());
         m_journal.answerToHost(rest);
-        actions.push_back({fault->time, rest, false});
+        actions.push_back({split->time, rest, false});
     }
     return actions;
 }

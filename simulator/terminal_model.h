@@ -8,8 +8,7 @@
 #include "simulator/journal.h"
 #include "simulator/pad_store.h"
 
-#include <cstddef>
-#include <cstdint>
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -24,44 +23,52 @@ struct Action {
 
 class TerminalModel {
 public:
+    /// \param name    how the trace calls this terminal
     /// \param journal outlives the terminal
-    TerminalModel(std::string storeFolder, std::vector<Fault> faults, Journal& journal);
+    TerminalModel(std::string name, std::string storeFolder, std::vector<Fault> faults,
+                  Journal& journal);
 
     /// Takes bytes from the host, in any fragments.
     /// \return what the terminal does because of them, in order
     std::vector<Action> receive(const std::uint8_t* bytes, std::size_t size);
 
-    /// The line went down: an unfinished load is dropped.
+    /// The line went down: an unfinished frame and an unfinished load are dropped.
     void lineDown();
 
 private:
     enum class State { asleep, awake, loading };
 
-    /// What the host sent first, or nothing as long as more must come to know it.
+    /// The frame that the received bytes begin with.
     struct Frame {
         Step step;
         std::size_t size;
+        std::string fault; ///< why it is refused before all of it has come; empty when it is not
     };
 
-    bool nextFrame(Frame& frame);
-    bool addressedFrame(Frame& frame);
+    bool findFrame(Frame& frame);
+    bool findDataFrame(Frame& frame) const;
+    bool findAddressedFrame(Frame& frame);
+    void takeReceived(std::size_t size);
     void discardAll(const std::string& reason);
-    Bytes answerTo(const Frame& frame, bool refuse);
-    Bytes answerInit(const Frame& frame);
-    Bytes answerRequest(const Frame& frame);
-    Bytes answerData(const Frame& frame, bool refuse);
-    Bytes answerEnd();
-    std::string faultOfRequest(const Frame& frame) const;
-    std::string faultOfConcepts(std::size_t begin, std::size_t end) const;
-    std::string conceptText(std::size_t begin, std::size_t end) const;
+    std::vector<Action> takeFrame(const Frame& frame);
+    Bytes answerTo(const Frame& frame, const Bytes& bytes, bool refusedByFault);
+    Bytes acceptanceOf(Step step) const;
+    Bytes answerInit(const Bytes& bytes, bool refusedByFault);
+    Bytes answerRequest(const Frame& frame, const Bytes& bytes, bool refusedByFault);
+    Bytes answerData(const Frame& frame, const Bytes& bytes, bool refusedByFault);
+    Bytes answerEnd(const Bytes& bytes, bool refusedByFault);
+    std::string faultOfState(const Bytes& request) const;
     Bytes refuse(const std::string& reason, Bytes answer);
-    std::vector<Action> actionsFor(const Fault* fault, Bytes answer);
+    std::vector<Action> actionsFor(const std::vector<Fault>& faults, Bytes answer);
+    void trace(const std::string& line);
     std::string padName() const;
 
+    std::string m_name;
     PadStore m_store;
     std::vector<Fault> m_faults;
     Journal& m_journal;
     Bytes m_received;
+    std::size_t m_toSkip = 0; ///< bytes to come of a frame that was refused by its header
     State m_state = State::asleep;
     int m_pad = 0;
     std::size_t m_announced = 0;

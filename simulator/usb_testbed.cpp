@@ -1,9 +1,13 @@
 #include "simulator/usb_testbed.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
+#include <sys/inotify.h>
+#include <termios.h>
 #include <umockdev.h>
 #include <unistd.h>
 
@@ -62,22 +66,22 @@ std::string contentOf(const std::string& file, std::string& error) {
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
-// The testbed of umockdev behind the opaque pointer.
-UMockdevTestbed* testbedOf(void* testbed) {
-    return static_cast<UMockdevTestbed*>(testbed);
-}
-
 } // namespace
 
-UsbTestbed::UsbTestbed() : m_testbed(umockdev_testbed_new()) {
+struct UsbTestbed::Testbed {
+    Testbed() : umockdev(umockdev_testbed_new()) {}
+    ~Testbed() { g_object_unref(umockdev); }
+    Testbed(const Testbed&) = delete;
+    Testbed& operator=(const Testbed&) = delete;
+
+    UMockdevTestbed* umockdev;
+};
+
+UsbTestbed::UsbTestbed()
+    : m_testbed(std::make_unique<Testbed>()), m_useWatch(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
 }
 
-UsbTestbed::~UsbTestbed() {
-    for (const Line& line : m_lines) {
-        (void)close(line.hostEnd);
-    }
-    g_object_unref(m_testbed);
-}
+UsbTestbed::~UsbTestbed() = default;
 
 bool UsbTestbed::plugIn(const std::vector<UsbDevice>& devices, const std::string& further,
                         std::string& error) {
@@ -90,7 +94,7 @@ bool UsbTestbed::plugIn(const std::vector<UsbDevice>& devices, const std::string
     }
     GError* failure = nullptr;
     if (error.empty() && !all.empty() &&
-        umockdev_testbed_add_from_string(testbedOf(m_testbed), all.c_str(), &failure) == 0) {
+        umockdev_testbed_add_from_string(m_testbed->umockdev, all.c_str(), &failure) == 0) {
         error = failure->message;
         g_error_free(failure);
     }
@@ -102,27 +106,59 @@ bool UsbTestbed::plugIn(const std::vector<UsbDevice>& devices, const std::string
 
 bool UsbTestbed::openLine(std::size_t device, std::string& error) {
     const std::string node = "/dev/" + nodeName(device);
-    const int terminalEnd = umockdev_testbed_get_dev_fd(testbedOf(m_testbed), node.c_str());
-    const char* slave = terminalEnd < 0 ? nullptr : ptsname(terminalEnd);
-    const int hostEnd = slave == nullptr ? -1 : open(slave, O_RDWR | O_NOCTTY | O_CLOEXEC);
-    if (hostEnd < 0) {
+    const int terminalEnd = umockdev_testbed_get_dev_fd(m_testbed->umockdev, node.c_str());
+    const char* host = terminalEnd < 0 ? nullptr : ptsname(terminalEnd);
+    Descriptor hostEnd(host == nullptr ? -1 : open(host, O_RDWR | O_NOCTTY | O_CLOEXEC));
+    const int watch = hostEnd.get() < 0
+                          ? -1
+                          : inotify_add_watch(m_useWatch.get(), host,
+                                              IN_OPEN | IN_CLOSE_WRITE | IN_CLOSE_NOWRITE);
+    if (watch < 0) {
         error = "cannot open the line of " + node;
         return false;
     }
     (void)fcntl(terminalEnd, F_SETFD, FD_CLOEXEC);
-    m_lines.push_back({terminalEnd, hostEnd});
+    (void)fcntl(terminalEnd, F_SETFL, O_RDWR | O_NONBLOCK);
+    m_lines.push_back({terminalEnd, std::move(hostEnd), watch});
     return true;
+}
+
+std::vector<std::size_t> UsbTestbed::takeAbandoned() {
+    std::vector<std::size_t> abandoned;
+    alignas(inotify_event) char events[4096];
+    const ssize_t size = read(m_useWatch.get(), events, sizeof events);
+    for (ssize_t at = 0; at < size;) {
+        const auto* event = reinterpret_cast<const inotify_event*>(events + at);
+        const auto line = std::find_if(m_lines.begin(), m_lines.end(), [&](const Line& candidate) {
+            return candidate.watch == event->wd;
+        });
+        if (line != m_lines.end()) {
+            line->users += (event->mask & IN_OPEN) != 0 ? 1 : -1;
+            if (line->users == 0) {
+                abandoned.push_back(static_cast<std::size_t>(line - m_lines.begin()));
+            }
+        }
+        at += static_cast<ssize_t>(sizeof *event) + event->len;
+    }
+    return abandoned;
+}
+
+void UsbTestbed::flush(std::size_t device) {
+    (void)tcflush(m_lines[device].hostEnd.get(), TCIFLUSH);
+    char bytes[4096];
+    while (line(device) >= 0 && read(line(device), bytes, sizeof bytes) > 0) {
+    }
 }
 
 void UsbTestbed::pull(std::size_t device) {
     Line& line = m_lines[device];
     // The testbed closes its descriptor itself at the end, so the number stays taken.
-    const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
-    (void)dup3(nothing, line.terminalEnd, O_CLOEXEC);
-    (void)close(nothing);
+    const Descriptor nothing(open("/dev/null", O_RDWR | O_CLOEXEC));
+    (void)dup3(nothing.get(), line.terminalEnd, O_CLOEXEC);
     line.terminalEnd = -1;
-    umockdev_testbed_remove_device(testbedOf(m_testbed), ("/sys" + ttyPath(device)).c_str());
-    umockdev_testbed_remove_device(testbedOf(m_testbed), ("/sys" + usbPath(device)).c_str());
+    for (const std::string& path : {ttyPath(device), usbPath(device)}) {
+        umockdev_testbed_remove_device(m_testbed->umockdev, ("/sys" + path).c_str());
+    }
 }
 
 void UsbTestbed::enterInChild() {

@@ -42,18 +42,43 @@ int fail(int status, const std::string& message) {
     return status;
 }
 
-int run(const Options& options) {
-    // The end of the command and our own end are both something to read. Blocked before the
-    // testbed starts its threads: one that has them open would swallow them.
+/// The signals by which we hear that the command, or our own time, has come to an end. Blocked
+/// before the testbed starts its threads: one that has them open would swallow them.
+/// \param before set to what was blocked until now
+Descriptor watchEndSignals(sigset_t& before) {
     sigset_t ending;
-    sigset_t before;
     (void)sigemptyset(&ending);
-    (void)sigaddset(&ending, SIGCHLD);
-    (void)sigaddset(&ending, SIGTERM);
-    (void)sigaddset(&ending, SIGINT);
+    for (const int signal : {SIGCHLD, SIGTERM, SIGINT}) {
+        (void)sigaddset(&ending, signal);
+    }
+    struct sigaction onlyEnds {};
+    onlyEnds.sa_handler = SIG_DFL;
+    onlyEnds.sa_flags = SA_NOCLDSTOP; // a command that is stopped goes on some time
+    (void)sigaction(SIGCHLD, &onlyEnds, nullptr);
     (void)sigprocmask(SIG_BLOCK, &ending, &before);
-    const int endSignal = signalfd(-1, &ending, SFD_CLOEXEC);
+    return Descriptor(signalfd(-1, &ending, SFD_CLOEXEC));
+}
 
+/// Waits for the command; one that is still there is asked to end, and then made to.
+int endOf(pid_t child) {
+    int status = 0;
+    if (waitpid(child, &status, WNOHANG) == 0) {
+        constexpr timespec kPatience = {2, 0};
+        sigset_t childEnds;
+        (void)sigemptyset(&childEnds);
+        (void)sigaddset(&childEnds, SIGCHLD);
+        (void)kill(child, SIGTERM);
+        (void)kill(child, SIGCONT);
+        (void)sigtimedwait(&childEnds, nullptr, &kPatience);
+        (void)kill(child, SIGKILL);
+        (void)waitpid(child, &status, 0);
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalBase + WTERMSIG(status);
+}
+
+int run(const Options& options) {
+    sigset_t before;
+    const Descriptor endSignal = watchEndSignals(before);
     std::string error;
     Journal journal;
     UsbTestbed testbed;
@@ -62,22 +87,15 @@ int run(const Options& options) {
         return fail(kNoTestbedStatus, error);
     }
     LineServer server(options, testbed, journal);
-
     const pid_t child = fork();
     if (child == 0) {
         runInChild(options.command, before);
     }
-    if (child < 0 || endSignal < 0) {
+    if (child < 0 || endSignal.get() < 0) {
         return fail(kNoTestbedStatus, std::strerror(errno));
     }
-    server.serveUntil(endSignal);
-
-    int status = 0;
-    if (waitpid(child, &status, WNOHANG) == 0) {
-        (void)kill(child, SIGTERM);
-        (void)waitpid(child, &status, 0);
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalBase + WTERMSIG(status);
+    server.serveUntil(endSignal.get());
+    return endOf(child);
 }
 
 } // namespace

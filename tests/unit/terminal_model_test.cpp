@@ -33,7 +33,7 @@ protected:
         }
         m_model.reset();
         ASSERT_TRUE(m_journal.open(path("trace"), path("frames"), "", error)) << error;
-        m_model = std::make_unique<TerminalModel>(path("store"), parsed, m_journal);
+        m_model = std::make_unique<TerminalModel>("ttyACM0", path("store"), parsed, m_journal);
     }
 
     std::string path(const char* name) const { return m_folder.path().toStdString() + "/" + name; }
@@ -80,7 +80,8 @@ TEST_F(TerminalModelTest, ALoadIsStoredOnceItIsComplete) {
     EXPECT_EQ(stored(2), "");
     EXPECT_EQ(send("020000"), Texts({"05 00 00"}));
     EXPECT_EQ(stored(2), "ABCD");
-    EXPECT_EQ(lastTrace(), "PAD 2: complete, 4 bytes stored in " + path("store") + "/pad-02.db");
+    EXPECT_EQ(lastTrace(),
+              "ttyACM0 PAD 2: complete, 4 bytes stored in " + path("store") + "/pad-02.db");
 }
 
 TEST_F(TerminalModelTest, BytesMayComeInAnyFragments) {
@@ -115,16 +116,17 @@ TEST_F(TerminalModelTest, AnEmptyLoadStoresAnEmptyFile) {
 
 TEST_F(TerminalModelTest, AWrongInitialisationIsNotAnswered) {
     EXPECT_EQ(send("2FC0040078012CB8E5"), Texts());
-    EXPECT_EQ(lastTrace(), "refused: initialisation frame: bytes after the address are C0 04 00 78 "
-                           "01 2C B8 E5, expected C0 04 00 78 01 2C B8 E4");
+    EXPECT_EQ(lastTrace(), "ttyACM0 refused: initialisation frame: bytes after the address are "
+                           "C0 04 00 78 01 2C B8 E5, expected C0 04 00 78 01 2C B8 E4");
 }
 
 TEST_F(TerminalModelTest, BytesThatBeginNoFrameAreDiscarded) {
     EXPECT_EQ(send("FE0102"), Texts());
-    EXPECT_EQ(lastTrace(), "discarded 3 bytes that begin with FE 01 02: no frame begins with it");
+    EXPECT_EQ(lastTrace(),
+              "ttyACM0 discarded 3 bytes that begin with FE 01 02: no frame begins with it");
     EXPECT_EQ(send("2F77"), Texts());
     EXPECT_EQ(lastTrace(),
-              "discarded 2 bytes that begin with 2F 77: the second byte is no command");
+              "ttyACM0 discarded 2 bytes that begin with 2F 77: the second byte is no command");
     EXPECT_EQ(send(kInit2), Texts({kInitAnswer2}));
 }
 
@@ -145,6 +147,9 @@ TEST_F(TerminalModelTest, AWrongRequestIsRefusedWithAReason) {
         {"2F40080501016100800104"
          "0F25",
          "bytes 3 to 6 are 05 01 01 61, expected 05 01 01 60"},
+        {"2F40080501016000810104"
+         "9774",
+         "byte 8 is 81, expected 80"},
         {"2F400C05010160008005"
          "0000000004"
          "AEA8",
@@ -167,47 +172,65 @@ TEST_F(TerminalModelTest, AWrongRequestIsRefusedWithAReason) {
         const Texts answers = send(frame);
         ASSERT_EQ(answers.size(), 1U) << reason;
         EXPECT_EQ(answers[0].substr(3, 11), "40 02 00 01") << reason;
-        EXPECT_EQ(lastTrace(), std::string("refused: request frame: ") + reason);
+        EXPECT_EQ(lastTrace(), std::string("ttyACM0 refused: request frame: ") + reason);
     }
 }
 
 TEST_F(TerminalModelTest, ARequestToASleepingTerminalIsRefused) {
     EXPECT_EQ(send(kRequest4)[0].substr(0, 14), "F2 40 02 00 01");
-    EXPECT_EQ(lastTrace(), "refused: request frame: the terminal was not woken");
+    EXPECT_EQ(lastTrace(), "ttyACM0 refused: request frame: the terminal was not woken");
+}
+
+TEST_F(TerminalModelTest, ASecondRequestIsRefusedAndEndsTheLoad) {
+    beginLoad();
+    EXPECT_EQ(send(kRequest4)[0].substr(0, 14), "F2 40 02 00 01");
+    EXPECT_EQ(lastTrace(), "ttyACM0 refused: request frame: a load is under way");
+    EXPECT_EQ(send("01000141"), Texts({"06 00 00 53"}));
+}
+
+TEST_F(TerminalModelTest, ARequestWithTooManySizeBytesIsRefusedBeforeAllOfItHasCome) {
+    (void)send(kInit2);
+    EXPECT_EQ(send("2F400C0501016000800500")[0].substr(0, 14), "F2 40 02 00 01");
+    EXPECT_EQ(lastTrace(), "ttyACM0 refused: request frame: 5 size bytes are more than 4");
+    EXPECT_EQ(send("00000004AEA8"), Texts());
+    EXPECT_EQ(send(kInit2), Texts({kInitAnswer2}));
 }
 
 TEST_F(TerminalModelTest, ABlockWithoutALoadIsRefused) {
     EXPECT_EQ(send("01000141"), Texts({"06 00 00 53"}));
-    EXPECT_EQ(lastTrace(), "refused: block 1: no load is under way");
+    EXPECT_EQ(lastTrace(), "ttyACM0 refused: block 1: no load is under way");
 }
 
 TEST_F(TerminalModelTest, ABlockOfNoBytesOrTooManyIsRefused) {
     beginLoad();
     EXPECT_EQ(send("010000"), Texts({"06 00 00 4C"}));
+    EXPECT_EQ(lastTrace(), "ttyACM0 refused: block 1: 0 bytes are not 1 to 30720");
+    beginLoad();
     std::string tooLong = "017801";
     tooLong.append(2 * 30721, '0');
     EXPECT_EQ(send(tooLong), Texts({"06 00 00 4C"}));
-    EXPECT_EQ(lastTrace(), "refused: block 2: 30721 bytes are not 1 to 30720");
+    EXPECT_EQ(lastTrace(), "ttyACM0 refused: block 1: 30721 bytes are not 1 to 30720");
+    EXPECT_EQ(send(kInit2), Texts({kInitAnswer2}));
 }
 
 TEST_F(TerminalModelTest, MoreThanWasAnnouncedIsRefused) {
     beginLoad();
     EXPECT_EQ(send("0100054142434445"), Texts({"06 00 00 4F"}));
-    EXPECT_EQ(lastTrace(), "refused: block 1: 5 bytes are more than the 4 announced");
+    EXPECT_EQ(lastTrace(), "ttyACM0 refused: block 1: 5 bytes are more than the 4 announced");
 }
 
 TEST_F(TerminalModelTest, AnEndBeforeAllHasComeIsRefusedAndNothingStored) {
     beginLoad();
     (void)send("010003414243");
     EXPECT_EQ(send("020000"), Texts({"06 00 00"}));
-    EXPECT_EQ(lastTrace(), "refused: ending frame: 3 bytes came, 4 were announced");
+    EXPECT_EQ(lastTrace(), "ttyACM0 refused: ending frame: 3 bytes came, 4 were announced");
     EXPECT_EQ(QDir(QString::fromStdString(path("store"))).entryList(QDir::Files), QStringList());
 }
 
 TEST_F(TerminalModelTest, AWrongEndIsRefused) {
     beginLoad();
     EXPECT_EQ(send("020001"), Texts({"06 00 00"}));
-    EXPECT_EQ(lastTrace(), "refused: ending frame: 02 00 01, expected 02 00 00");
+    EXPECT_EQ(lastTrace(), "ttyACM0 refused: ending frame: 02 00 01, expected 02 00 00");
 }
 
 TEST_F(TerminalModelTest, ALoadThatIsBrokenOffKeepsTheOldDatabase) {
@@ -218,7 +241,8 @@ TEST_F(TerminalModelTest, ALoadThatIsBrokenOffKeepsTheOldDatabase) {
     (void)send("01000358595A");
     m_model->lineDown();
     EXPECT_EQ(stored(2), "ABCD");
-    EXPECT_EQ(lastTrace(), "PAD 2: the line went down after 3 of 4 bytes, nothing is stored");
+    EXPECT_EQ(lastTrace(),
+              "ttyACM0 PAD 2: the line went down after 3 of 4 bytes, nothing is stored");
     EXPECT_EQ(send("020000"), Texts({"06 00 00"}));
 }
 
@@ -232,8 +256,8 @@ TEST_F(TerminalModelTest, TheTraceShowsTheConcepts) {
                    "820462657461"
                    "39B7"),
               Texts({kAccepted2}));
-    EXPECT_EQ(lastTrace(), "PAD 2: a load of 4096 bytes is announced, concept 1 = \"alpha\", "
-                           "concept 2 = \"beta\"");
+    EXPECT_EQ(lastTrace(), "ttyACM0 PAD 2: a load of 4096 bytes is announced, "
+                           "concept 1 = \"alpha\", concept 2 = \"beta\"");
 }
 
 TEST_F(TerminalModelTest, EveryFrameAndAnswerIsWrittenDown) {
@@ -245,33 +269,51 @@ TEST_F(TerminalModelTest, EveryFrameAndAnswerIsWrittenDown) {
                          "> 01 00 04 41 42 43 44\n< 05\n"));
 }
 
-TEST_F(TerminalModelTest, FaultsChangeTheAnswerOfTheirFrameOnly) {
+TEST_F(TerminalModelTest, AFaultAtTheInitialisationChangesThatAnswer) {
     const struct {
         const char* fault;
         Texts init;
-        Texts block;
+        bool wakes;
     } faults[] = {
-        {"init:silence", {}, {"05"}},
-        {"init:wrong", {"F2 E0 04 00 78 01 2C 45 44"}, {"05"}},
-        {"init:short=4", {"F2 E0 04 00"}, {"05"}},
-        {"init:long=2", {"F2 E0 04 00 78 01 2C 45 BB 00 00"}, {"05"}},
-        {"init:split=20", {"F2", "+20 E0 04 00 78 01 2C 45 BB"}, {"05"}},
-        {"init:late=30", {"+30 F2 E0 04 00 78 01 2C 45 BB"}, {"05"}},
-        {"init:bytes=0102", {"01 02"}, {"05"}},
-        {"init:byte=7F", {"7F"}, {"05"}},
-        {"init:pull", {"pull"}, {"05"}},
-        {"data:1:wrong", {kInitAnswer2}, {"15"}},
-        {"data:1:nack=41", {kInitAnswer2}, {"06 00 00 41"}},
-        {"data:1:incomplete-nack", {kInitAnswer2}, {"06 00"}},
-        {"data:1:split=20", {kInitAnswer2}, {"05"}},
-        {"data:2:silence", {kInitAnswer2}, {"05"}},
+        {"init:silence", {}, true},
+        {"init:wrong", {"F2 E0 04 00 78 01 2C 45 44"}, false},
+        {"init:short=4", {"F2 E0 04 00"}, true},
+        {"init:long=2", {"F2 E0 04 00 78 01 2C 45 BB 00 00"}, true},
+        {"init:split=20", {"F2", "+20 E0 04 00 78 01 2C 45 BB"}, true},
+        {"init:late=30", {"+30 F2 E0 04 00 78 01 2C 45 BB"}, true},
+        {"init:bytes=0102", {"01 02"}, false},
+        {"init:byte=7F", {"7F"}, false},
+        {"init:pull", {"pull"}, false},
     };
-    for (const auto& [fault, init, block] : faults) {
+    for (const auto& [fault, init, wakes] : faults) {
         start({fault});
         EXPECT_EQ(send(kInit2), init) << fault;
-        EXPECT_EQ(send(kRequest4), Texts({kAccepted2})) << fault;
+        EXPECT_EQ(send(kRequest4) == Texts({kAccepted2}), wakes) << fault;
+    }
+}
+
+TEST_F(TerminalModelTest, AFaultAtABlockChangesThatAnswer) {
+    const struct {
+        const char* fault;
+        Texts block;
+    } faults[] = {
+        {"data:1:wrong", {"15"}},     {"data:1:nack=41", {"06 00 00 41"}},
+        {"data:1:byte=05", {"05"}},   {"data:1:incomplete-nack", {"06 00"}},
+        {"data:1:split=20", {"05"}},  {"data:2:silence", {"05"}},
+        {"data:1:late=5", {"+5 05"}}, {"data:1:pull", {"pull"}},
+    };
+    for (const auto& [fault, block] : faults) {
+        start({fault});
+        beginLoad();
         EXPECT_EQ(send("01000441424344"), block) << fault;
     }
+}
+
+TEST_F(TerminalModelTest, SeveralFaultsAtOneFrameWorkInTheirOrder) {
+    start({"init:short=4", "init:split=20", "init:late=30"});
+    EXPECT_EQ(send(kInit2), Texts({"+30 F2", "+20 E0 04 00"}));
+    start({"init:late=30", "init:late=5", "init:bytes=0102", "init:long=1"});
+    EXPECT_EQ(send(kInit2), Texts({"+35 01 02 00"}));
 }
 
 TEST_F(TerminalModelTest, ABlockRefusedByAFaultIsNotStored) {
@@ -279,14 +321,17 @@ TEST_F(TerminalModelTest, ABlockRefusedByAFaultIsNotStored) {
     beginLoad();
     EXPECT_EQ(send("0100024142"), Texts({"05"}));
     EXPECT_EQ(send("0100024344"), Texts({"15"}));
+    EXPECT_EQ(send("0100024344"), Texts({"06 00 00 53"}));
+    EXPECT_EQ(lastTrace(), "ttyACM0 refused: block 3: no load is under way");
     EXPECT_EQ(send("020000"), Texts({"06 00 00"}));
     EXPECT_EQ(stored(2), "");
 }
 
 TEST_F(TerminalModelTest, FaultsThatAreNotUnderstoodAreExplained) {
-    for (const char* text : {"", "nowhere:silence", "data:silence", "data:0:silence", "init:odd",
-                             "init:short", "init:short=x", "init:silence=1", "init:byte=0102",
-                             "init:bytes=0", "init:bytes=zz", "init:nack"}) {
+    for (const char* text :
+         {"", "nowhere:silence", "data:silence", "data:0:silence", "init:odd", "init:short",
+          "init:short=x", "init:silence=1", "init:byte=0102", "init:bytes=0", "init:bytes=zz",
+          "init:nack", "init:short=1048577", "init:late=3600001"}) {
         std::string error;
         EXPECT_FALSE(parseFault(text, error)) << text;
         EXPECT_EQ(error.substr(0, 8 + std::strlen(text)), "fault \"" + std::string(text) + "\"");
