@@ -8,6 +8,7 @@
 #include <QSaveFile>
 
 #include <cstdlib>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -33,14 +34,31 @@ bool isWritablePlace(const std::string& parent) {
     const std::string folder = parent + kConfigFolder;
     const std::string file = parent + kConfigFile;
     const bool folderIsWritable = !allows(folder, F_OK) || allows(folder, W_OK | X_OK);
-    const bool fileIsReadOnly = allows(file, R_OK) && !allows(file, W_OK);
-    return allows(parent, W_OK | X_OK) && folderIsWritable && !fileIsReadOnly;
+    const bool fileIsWritable = !allows(file, F_OK) || allows(file, W_OK);
+    return allows(parent, W_OK | X_OK) && folderIsWritable && fileIsWritable;
 }
 
+/// Copies a file of settings. One that is larger than any of them is left to the defaults.
 void startUserCopy(const std::string& from, const std::string& to) {
-    QFile source(QString::fromStdString(from));
-    if (!allows(to, F_OK) && source.open(QIODevice::ReadOnly)) {
-        (void)replaceFile(to, source.readAll());
+    constexpr qint64 kLargest = 1048576;
+    const QString source = QString::fromStdString(from);
+    QFile file(source);
+    if (allows(to, F_OK) || !QFileInfo(source).isFile() || file.size() > kLargest ||
+        !file.open(QIODevice::ReadOnly)) {
+        return;
+    }
+    const QByteArray content = file.read(kLargest);
+    if (file.error() == QFileDevice::NoError) {
+        (void)replaceFile(to, content);
+    }
+}
+
+/// Leaves a file to whom it belongs: root must not take a user's settings away.
+void keepOwner(const std::string& path, const QSaveFile& replacement) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) == 0) {
+        const int kept = fchown(replacement.handle(), status.st_uid, status.st_gid);
+        (void)kept; // refused where the file is ours anyway
     }
 }
 
@@ -63,9 +81,11 @@ std::string configParentFolder(const char* caller) {
 
 bool replaceFile(const std::string& path, const QByteArray& content) {
     QSaveFile file(QString::fromStdString(path));
+    file.setDirectWriteFallback(true); // where the file may be written and its folder may not
     if (!file.open(QIODevice::WriteOnly)) {
         return false;
     }
+    keepOwner(path, file);
     // Only this flush notices a disk that is full; commit would rename what did fit.
     if (file.write(content) != content.size() || !file.flush()) {
         file.cancelWriting();

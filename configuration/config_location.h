@@ -17,8 +17,9 @@
 /// \param caller name under which a failure is logged
 std::string configParentFolder(const char* caller);
 
-/// Replaces a file by new content: wholly, or not at all.
-/// \return false when it could not be written; the old file is then untouched
+/// Replaces a file by new content: wholly or not at all, but for one case: a file that may be
+/// written in a folder that may not. The owner of the file stays.
+/// \return false when it could not be written
 bool replaceFile(const std::string& path, const QByteArray& content);
 
 /// Asks the system for the path of the running executable.

@@ -129,15 +129,17 @@ void storeValue(const Key& key, const char* value, VEXAConfig* cfg) {
     VEXALog(kLogInfo, "parse_variable : %s = %s (%s)", key.logName, cfg->*key.text, value);
 }
 
-/// Opens the file for reading; where that fails, writes the default file in its place.
-File openOrCreate(char* path) {
-    File file(std::fopen(path, "r"));
-    if (!file) {
-        VEXALog(kLogError, "config_from_file _fconfig == NULL pFileName %s cwd %s",
-                "config/VEXA_init.ini", path);
-        createConfigFile(path);
-    }
-    return file;
+/// Opens a file for reading. Only a file of bytes will do: a pipe would keep the program waiting.
+File openForReading(const char* path) {
+    struct stat status {};
+    const bool isFile = stat(path, &status) == 0 && S_ISREG(status.st_mode);
+    return File(isFile ? std::fopen(path, "r") : nullptr);
+}
+
+void createMissingFile(char* path) {
+    VEXALog(kLogError, "config_from_file _fconfig == NULL pFileName %s cwd %s",
+            "config/VEXA_init.ini", path);
+    createConfigFile(path);
 }
 
 void replaceInvalidFile(char* path) {
@@ -156,13 +158,14 @@ void replaceInvalidFile(char* path) {
 void readSettings(std::FILE* file, VEXAConfig* cfg) {
     char line[kLineSize] = "";
     do {
-        const bool readAnother = std::fgets(line, sizeof line, file) != nullptr;
-        (void)readAnother;
+        if (std::fgets(line, sizeof line, file) == nullptr && std::ferror(file) != 0) {
+            return; // with anything in the line
+        }
         line[std::strcspn(line, "\r\n")] = '\0';
         if (line[0] == '&') {
             parse_variable(line, cfg);
         }
-    } while (std::feof(file) == 0 && std::ferror(file) == 0);
+    } while (std::feof(file) == 0);
 }
 
 } // namespace
@@ -173,15 +176,18 @@ void config_from_file(VEXAConfig* cfg) {
     (void)mkdir(folder.c_str(), kFolderMode);
     std::string path = folder + "//VEXA_init.ini";
 
-    openOrCreate(path.data()).reset();
+    if (!openForReading(path.data())) {
+        createMissingFile(path.data());
+    }
     const bool valid = checkConfigFile(path.data());
     VEXALog(kLogInfo, "Config file validity : %d", valid ? 1 : 0);
     if (!valid) {
         replaceInvalidFile(path.data());
     }
 
-    const File file = openOrCreate(path.data());
+    const File file = openForReading(path.data());
     if (!file) {
+        createMissingFile(path.data()); // for the next start
         return;
     }
     cfg->ExplicativeText.clear();
@@ -193,7 +199,7 @@ void config_from_file(VEXAConfig* cfg) {
 
 bool checkConfigFile(char* path) {
     const FunctionTrace trace("checkConfigFile");
-    const File file(std::fopen(path, "r"));
+    const File file = openForReading(path);
     if (!file) {
         return false;
     }

@@ -8,6 +8,8 @@
 #include <QList>
 #include <QString>
 
+#include <optional>
+
 namespace {
 
 constexpr char kRecentPathPrefix[] = "&RecentPath=";
@@ -77,16 +79,17 @@ constexpr char kDefaultFile[] =
     "&VID=" VEXA_VENDOR_ID "\n"
     "&PID=0012";
 
-QList<QByteArray> readLines(const std::string& path) {
+/// \return no lines when the file cannot be opened, nothing when it cannot be read to its end
+std::optional<QList<QByteArray>> readLines(const std::string& path) {
     QFile file(QString::fromStdString(path));
-    QList<QByteArray> lines;
-    if (file.open(QIODevice::ReadOnly)) {
-        lines = file.readAll().split('\n');
-        if (lines.last().isEmpty()) {
-            lines.removeLast();
-        }
+    if (!file.open(QIODevice::ReadOnly)) {
+        return QList<QByteArray>();
     }
-    return lines;
+    QList<QByteArray> lines = file.readAll().split('\n');
+    if (lines.last().isEmpty()) {
+        lines.removeLast();
+    }
+    return file.error() == QFileDevice::NoError ? std::make_optional(lines) : std::nullopt;
 }
 
 } // namespace
@@ -99,8 +102,12 @@ void createConfigFile(char* path) {
 void writeConfig(std::string recentPath) {
     const FunctionTrace trace("writeConfig");
     const std::string path = configParentFolder("writeConfig") + "/" + "config/VEXA_init.ini";
+    const std::optional<QList<QByteArray>> lines = readLines(path);
+    if (!lines) {
+        return; // Half of the settings must not take the place of all.
+    }
     QByteArray content;
-    for (const QByteArray& line : readLines(path)) {
+    for (const QByteArray& line : *lines) {
         if (line.startsWith(kRecentPathPrefix)) {
             content.append(kRecentPathPrefix).append(recentPath.c_str());
         } else {
