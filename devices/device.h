@@ -23,6 +23,7 @@ public:
     VEXADevice& operator=(const VEXADevice&) = default;
     virtual ~VEXADevice() = default;
 
+    // Copies of what the constructor was given, or made of it.
     std::string getPortCOM() const;
     std::string getName() const;
     std::string getVID() const;

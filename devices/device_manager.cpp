@@ -56,23 +56,25 @@ void VEXADeviceManager::findSerialDevices() {
     VEXALog(kLogEntry, "VEXADeviceManager::findAllDevices");
     std::vector<VEXADevice> found;
     const bool searched = findDevices(found);
-    const std::size_t pairs = supportedDeviceCount(g_configParams);
     for (const VEXADevice& device : found) {
-        if (g_configParams.VID.empty()) {
-            if (!device.getVID().empty()) {
-                deviceList.push_back(device);
-            }
-            continue;
-        }
-        for (std::size_t j = 0; j < pairs; ++j) {
-            if (compareVPID(device.getVID(), g_configParams.VID[j]) &&
-                compareVPID(device.getPID(), g_configParams.PID[j])) {
-                deviceList.push_back(device);
-                break;
-            }
+        if (isSupported(device)) {
+            deviceList.push_back(device);
         }
     }
     VEXALog(kLogExit, "VEXADeviceManager::findAllDevices (%s)", searched ? "TRUE" : "FALSE");
+}
+
+bool VEXADeviceManager::isSupported(const VEXADevice& device) {
+    if (g_configParams.VID.empty()) {
+        return !device.getVID().empty();
+    }
+    for (std::size_t j = 0; j < supportedDeviceCount(g_configParams); ++j) {
+        if (compareVPID(device.getVID(), g_configParams.VID[j]) &&
+            compareVPID(device.getPID(), g_configParams.PID[j])) {
+            return true;
+        }
+    }
+    return false;
 }
 
 bool VEXADeviceManager::compareVPID(std::string a, std::string b) {

@@ -21,6 +21,7 @@ public:
     /// findAllPCSCDevices.
     void clearDeviceList();
 
+    /// A copy of the list as it is now.
     std::vector<VEXADevice> getDeviceList();
 
     /// The first device with this display name, else a record of no device.
@@ -48,5 +49,7 @@ public:
     bool compareVPID(std::string a, std::string b);
 
 private:
+    bool isSupported(const VEXADevice& device);
+
     std::vector<VEXADevice> deviceList;
 };

@@ -14,11 +14,12 @@ public:
     /// \param in                the command
     /// \param inLen             its length in bytes
     /// \param out               receives the answer
-    /// \param outLen            in: the most bytes wanted; out: the bytes received, 0 when none
-    /// came \param auxTimeout        milliseconds; read by no port, and passed all the same \param
-    /// responseTimeoutMs milliseconds to wait for the first byte of the answer; 0 or less
-    ///                          waits for as long as the terminal takes
-    /// \return false when the exchange failed; an answer that did not come is no failure
+    /// \param outLen            in: the most bytes wanted; out: the bytes received
+    /// \param auxTimeout        milliseconds; read by no port, and passed all the same
+    /// \param responseTimeoutMs milliseconds to wait for the answer to begin; 0 or less waits as
+    ///                          long as the terminal takes
+    /// \return false when the exchange failed; an answer that did not come is no failure, but has
+    ///         0 bytes
     virtual bool ExecuteCommand(unsigned char* in, int inLen, unsigned char* out, int* outLen,
                                 int auxTimeout, int responseTimeoutMs) = 0;
 

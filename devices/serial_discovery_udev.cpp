@@ -7,7 +7,6 @@
 
 #include <libudev.h>
 
-#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <cstring>
@@ -28,7 +27,8 @@ using UdevSearch = std::unique_ptr<udev_enumerate, UdevRelease>;
 using UdevDevice = std::unique_ptr<udev_device, UdevRelease>;
 
 /// The services that the latest search has found; a handle is an index. Reading a service takes it
-/// out, so that each is opened once only.
+/// out, so that each is opened once only. The context outlives them.
+UdevContext context;
 std::vector<UdevDevice> foundServices;
 
 /// The USB device that a tty belongs to, null for any other tty. Owned by the tty.
@@ -57,20 +57,19 @@ std::optional<std::string> identifier(udev_device* usbDevice, const char* attrib
 /// Asks for the ttys but for the virtual consoles: there are 64 of them on every machine, and to
 /// look at each takes longer than all the rest of the start.
 bool lookForSerialPorts(udev_enumerate* search) {
-    return udev_enumerate_add_match_subsystem(search, "tty") >= 0 &&
-           udev_enumerate_add_match_sysname(search, "tty[!0-9]*") >= 0 &&
-           udev_enumerate_add_match_sysname(search, "[!t]*") >= 0;
+    bool asked = udev_enumerate_add_match_subsystem(search, "tty") >= 0;
+    for (const char* name : {"[!t]*", "t[!t]*", "tt[!y]*", "tty[!0-9]*"}) {
+        asked = asked && udev_enumerate_add_match_sysname(search, name) >= 0;
+    }
+    return asked;
 }
 
-bool comesBefore(const UdevDevice& a, const UdevDevice& b) {
-    return std::strcmp(udev_device_get_syspath(a.get()), udev_device_get_syspath(b.get())) < 0;
-}
-
-/// Fills foundServices with the ttys of USB devices, in the order of their sysfs paths.
+/// Fills foundServices with the ttys of USB devices. libudev lists them in the order of their sysfs
+/// paths.
 /// \return false when sysfs could not be searched
 bool findServices() {
     foundServices.clear();
-    const UdevContext context(udev_new());
+    context.reset(udev_new());
     const UdevSearch search(context ? udev_enumerate_new(context.get()) : nullptr);
     if (!search || !lookForSerialPorts(search.get())) {
         VEXALog(kLogInfo, "No AppleUSBCDC device found");
@@ -88,7 +87,6 @@ bool findServices() {
             foundServices.push_back(std::move(tty));
         }
     }
-    std::sort(foundServices.begin(), foundServices.end(), comesBefore);
     return true;
 }
 

@@ -148,8 +148,9 @@ int VEXASerialPort::WaitForIncomingData(int fd, unsigned long timeoutMs) {
     fd_set exceptSet;
     FD_ZERO(&readSet);
     FD_ZERO(&exceptSet);
-    errno = EBADF;
-    if (fd >= 0 && fd < FD_SETSIZE) { // A descriptor set has no room for others.
+    if (fd < 0 || fd >= FD_SETSIZE) {
+        errno = EBADF; // A descriptor set has no room for it.
+    } else {
         FD_SET(fd, &readSet);
         FD_SET(fd, &exceptSet);
         timeval timeout{};
