@@ -27,6 +27,13 @@ std::int32_t indentation = 0;
 char message[kLineSize] = "";
 char line[kLineSize] = " ";
 
+void closeFile() {
+    if (g_logfileStream != nullptr) {
+        (void)std::fclose(g_logfileStream);
+        g_logfileStream = nullptr;
+    }
+}
+
 /// Creates the folders above the last one of a path: a fresh account has no "Library" yet.
 void makeParentFolders(const std::string& folder) {
     for (std::size_t slash = folder.find('/', 1); slash != std::string::npos;
@@ -35,12 +42,16 @@ void makeParentFolders(const std::string& folder) {
     }
 }
 
+/// The log folder, with the folders above it made where they are ours; empty without a home.
 std::string logFolder(const char* logPath) {
     if (std::strcmp(logPath, ".") != 0) {
         return logPath;
     }
     const char* home = std::getenv("HOME");
-    const std::string folder = std::string(home == nullptr ? "" : home) + kDefaultFolder;
+    if (home == nullptr || home[0] != '/') {
+        return {};
+    }
+    const std::string folder = std::string(home) + kDefaultFolder;
     makeParentFolders(folder);
     return folder;
 }
@@ -102,7 +113,7 @@ void startNewFileWhenFull() {
     if (g_logFileName == nullptr || std::ftell(g_logfileStream) < kFullFileSize) {
         return;
     }
-    (void)std::fclose(g_logfileStream);
+    closeFile();
     const std::string oldName = retiredName(g_logFileName);
     (void)std::remove(oldName.c_str());
     (void)std::rename(g_logFileName, oldName.c_str());
@@ -112,10 +123,7 @@ void startNewFileWhenFull() {
 /// Makes the file of this name the log, in the place of the one that may be open.
 void openFile(const std::string& name) {
     const std::lock_guard<std::mutex> lock(logMutex);
-    if (g_logfileStream != nullptr) {
-        (void)std::fclose(g_logfileStream);
-        g_logfileStream = nullptr;
-    }
+    closeFile();
     if (name.size() >= kLogFileNameSize) {
         return;
     }
@@ -133,6 +141,9 @@ void VEXA_logstart(const char* logOption, const char* logPath) {
         return;
     }
     const std::string folder = logFolder(logPath);
+    if (folder.empty()) {
+        return;
+    }
     VEXALog(kLogInfo, "parse_variable : g_logDir = %s", folder.c_str());
     (void)mkdir(folder.c_str(), kFolderMode);
     const std::string name = folder + kFileName;
@@ -158,8 +169,5 @@ void VEXALog(int level, const char* fmt, ...) {
 
 void VEXA_logstop() {
     const std::lock_guard<std::mutex> lock(logMutex);
-    if (g_logfileStream != nullptr) {
-        (void)std::fclose(g_logfileStream);
-        g_logfileStream = nullptr;
-    }
+    closeFile();
 }

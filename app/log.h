@@ -34,7 +34,8 @@ extern std::FILE* g_logfileStream;
 /// Opens the log, emptied, as `logVEXA.txt` in a folder, which is created when it is missing.
 /// \param logOption the log is opened only when this is exactly "1"
 /// \param logPath   the folder, or "." for `Library/Application Support/VEXACharger` in the user's
-///                  home folder
+///                  home folder, which must be known. A path of 256 bytes or more, file name
+///                  included, means no log.
 void VEXA_logstart(const char* logOption, const char* logPath);
 
 /// Writes one line, flushes it, and starts a new file once this one has reached 1 MiB; the full

@@ -13,7 +13,6 @@
 
 #include <csignal>
 #include <cstdio>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -22,9 +21,9 @@ namespace {
 /// The arguments of the application object, which uses them for as long as it lives. The words of
 /// the command line are not among them: the toolkit would take out those that it knows.
 struct ApplicationArguments {
-    explicit ApplicationArguments(bool inCmdMode) {
+    ApplicationArguments(const char* program, bool inCmdMode) : words{program} {
         if (inCmdMode) {
-            words = {"VEXACharger", "-platform", kCommandLinePlatform};
+            words.insert(words.end(), {"-platform", kCommandLinePlatform});
         }
         for (std::string& word : words) {
             values.push_back(word.data());
@@ -33,7 +32,7 @@ struct ApplicationArguments {
         values.push_back(nullptr);
     }
 
-    std::vector<std::string> words{"VEXACharger"};
+    std::vector<std::string> words;
     std::vector<char*> values;
     int count = 0;
 };
@@ -59,7 +58,7 @@ int main(int argc, char* argv[]) {
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
 
     const bool inCmdMode = argc != 1;
-    ApplicationArguments applicationArguments(inCmdMode);
+    ApplicationArguments applicationArguments(argc > 0 ? argv[0] : "VEXACharger", inCmdMode);
     const QApplication application(applicationArguments.count, applicationArguments.values.data());
     const QString localeName = QLocale::system().name();
     g_inCmdMode = inCmdMode;
