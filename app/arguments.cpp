@@ -4,8 +4,7 @@
 #include "app/log.h"
 #include "app/run_mode.h"
 #include "configuration/pad_number.h"
-
-#include <cstdio>
+#include "db/database_file.h"
 
 namespace {
 
@@ -19,9 +18,19 @@ int printResult(int code) {
     return code;
 }
 
+void printUsage() {
+    // The range reads 0 to 14 although 0 is refused; the text is known like this.
+    printOutcome("\nTo use the program, type: VEXACharger arg1 arg2 [arg3]");
+    printOutcome("\nwhere:");
+    printOutcome("\n\targ1            : path to the database file (format .db)");
+    printOutcome("\n\targ2            : name of the COM port (for example: COM6), or 'PCSC' ");
+    printOutcome("\n\targ3 (optional) : PAD number of the terminal (in [0-14], 2 by default)");
+    printOutcome("\nType: 'VEXACharger -?' for help\n");
+}
+
 int refuse(const char* message, int code) {
     printOutcome("\n%s\n", message);
-    putInstructions();
+    printUsage();
     return printResult(code);
 }
 
@@ -32,16 +41,8 @@ int helpOrRefuse(const std::string& argument) {
         printOutcome("\nInvalid arguments");
         (void)printResult(kWrongArguments);
     }
-    putInstructions();
+    printUsage();
     return kWrongArguments;
-}
-
-bool canBeRead(const std::string& path) {
-    std::FILE* file = std::fopen(path.c_str(), "r");
-    if (file != nullptr) {
-        (void)std::fclose(file);
-    }
-    return file != nullptr;
 }
 
 int load(const std::string& database, const std::string& port, const std::string& pad) {
@@ -80,11 +81,5 @@ int analyzeArgs(std::vector<std::string> arguments) {
 
 void putInstructions() {
     const FunctionTrace trace("putInstructions");
-    // The range reads 0 to 14 although 0 is refused; the text is known like this.
-    printOutcome("\nTo use the program, type: VEXACharger arg1 arg2 [arg3]");
-    printOutcome("\nwhere:");
-    printOutcome("\n\targ1            : path to the database file (format .db)");
-    printOutcome("\n\targ2            : name of the COM port (for example: COM6), or 'PCSC' ");
-    printOutcome("\n\targ3 (optional) : PAD number of the terminal (in [0-14], 2 by default)");
-    printOutcome("\nType: 'VEXACharger -?' for help\n");
+    printUsage();
 }

@@ -9,7 +9,6 @@ enum CommandLineResult : int {
     kDatabaseNotFound = 2, ///< the database file cannot be opened
     kWrongArguments = 11,  ///< wrong number of arguments, or a single one; also after the help
     kWrongPad = 12,        ///< PAD number not in 1 to 14
-    kDeviceNotFound = 13,  ///< no terminal on the named port
 };
 
 /// Checks the arguments, runs the load that they ask for and prints what comes of it.

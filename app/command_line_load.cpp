@@ -1,6 +1,5 @@
 #include "app/command_line_load.h"
 
-#include "app/arguments.h"
 #include "app/log.h"
 #include "app/run_mode.h"
 #include "configuration/pad_number.h"

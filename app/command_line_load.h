@@ -3,6 +3,9 @@
 
 #include <string>
 
+/// Result when no terminal is on the named port. The others are LoadResult.
+constexpr int kDeviceNotFound = 13;
+
 /// Finds the terminal, loads the database on the calling thread and prints the course of it.
 /// \param database path of the file, UTF-8
 /// \param port     port name of the terminal, or "PCSC" for the first PC/SC reader

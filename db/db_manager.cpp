@@ -1,17 +1,32 @@
 #include "db/db_manager.h"
 
 #include "app/log.h"
+#include "db/database_file.h"
 
 #include <QSqlRecord>
 #include <QString>
+#include <QTextCodec>
+#include <QTextEncoder>
 #include <QVariant>
 
 namespace {
 
 constexpr int kTypeColumn = 2; // of the rows of PRAGMA table_info
 
+/// A value as UTF-8. Taken in slices: the toolkit's own conversion asks for three bytes a character
+/// at once and gives up at lengths that SQLite allows.
 std::string toUtf8(const QVariant& value) {
-    return value.toString().toStdString();
+    constexpr int kSlice = 1048576;
+    const QString text = value.toString();
+    if (text.size() <= kSlice) {
+        return text.toStdString();
+    }
+    QTextEncoder encoder(QTextCodec::codecForName("UTF-8"), QTextCodec::IgnoreHeader);
+    std::string utf8;
+    for (int at = 0; at < text.size(); at += kSlice) {
+        utf8 += encoder.fromUnicode(text.mid(at, kSlice)).toStdString();
+    }
+    return utf8;
 }
 
 /// A query of no connection. One built on an invalid connection would fall back to the default
@@ -29,7 +44,9 @@ VEXADbManager::VEXADbManager() : query(noQuery()) {
 VEXADbManager::VEXADbManager(std::string path) : dbFile(path), query(noQuery()) {
     const FunctionTrace trace("VEXADbManager::VEXADbManager");
     db = QSqlDatabase::addDatabase("QSQLITE", QSqlDatabase::defaultConnection);
-    db.setDatabaseName(QString::fromStdString(path));
+    db.setDatabaseName(absolutePath(path));
+    // What is loaded is the file as it stands: SQLite must neither repair nor create it.
+    db.setConnectOptions("QSQLITE_OPEN_READONLY");
     if (db.open()) {
         VEXALog(kLogInfo, "Database is successully opened");
     } else {
@@ -95,8 +112,9 @@ std::vector<sqlField> VEXADbManager::getFields(std::string table) {
     VEXALog(kLogInfo, "Obtained field type");
     std::vector<sqlField> fields;
     for (int i = 0; i < columns.count(); ++i) {
-        fields.push_back(
-            {columns.fieldName(i).toStdString(), toUtf8(description.value(kTypeColumn))});
+        // A generated column is in the rows and not in the description.
+        const QVariant type = description.isValid() ? description.value(kTypeColumn) : QVariant();
+        fields.push_back({columns.fieldName(i).toStdString(), toUtf8(type)});
         (void)description.next();
     }
     return fields;

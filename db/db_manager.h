@@ -20,10 +20,11 @@ struct sqlField {
 
 class VEXADbManager {
 public:
+    /// A manager of no database: every operation gives an empty result.
     VEXADbManager();
 
-    /// Opens a database file under the default connection name. An earlier manager loses that
-    /// name and keeps its connection.
+    /// Opens a database file for reading, under the default connection name. An earlier manager
+    /// loses that name and keeps its connection.
     /// \param path UTF-8
     explicit VEXADbManager(std::string path);
     VEXADbManager(const VEXADbManager&) = default;

@@ -67,7 +67,7 @@ QByteArray sizeBytes(std::int32_t size) {
 
 QByteArray conceptEntry(int concept, const std::string& value) {
     QByteArray entry;
-    entry << static_cast<unsigned char>(kConceptBase + concept)
+    entry << static_cast<unsigned char>(kConceptBase + static_cast<unsigned int>(concept))
           << static_cast<unsigned char>(value.size() & 0xFFU);
     return entry.append(value.data(), static_cast<int>(value.size()));
 }

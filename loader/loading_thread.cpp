@@ -3,6 +3,10 @@
 #include "app/log.h"
 #include "app/run_mode.h"
 
+VEXAThread::VEXAThread() {
+    const FunctionTrace trace("VEXAThread::VEXAThread");
+}
+
 VEXAThread::VEXAThread(VEXAUsbConnector session) : connector(session) {
     const FunctionTrace trace("VEXAThread::VEXAThread");
 }
@@ -33,9 +37,7 @@ int VEXAThread::operate() {
         return code;
     }
     VEXALog(kLogInfo, "Communication initialization process succeeded");
-    if (g_inCmdMode) {
-        printOutcome("\nCommunication initialization process succeeded");
-    }
+    printInCmdMode("\nCommunication initialization process succeeded");
     QString nackText;
     int result = sendBlocks(nackText);
     VEXALog(kLogInfo, "Data processing has been finished");
@@ -56,15 +58,11 @@ void VEXAThread::reportFailedStart(int code, const std::string& response) {
     if (code == kRequestRefused) {
         VEXALog(kLogError, "Update request failed with returned message : %s", response.c_str());
         reportMessage(tr("Loading request failed - error : ") + QString::fromStdString(response));
-        if (g_inCmdMode) {
-            printOutcome("\nUpdate request failed with returned message : %s", response.c_str());
-        }
+        printInCmdMode("\nUpdate request failed with returned message : %s", response.c_str());
         return;
     }
     reportCode(code);
-    if (g_inCmdMode) {
-        printOutcome("\nCommunication initialization process failed");
-    }
+    printInCmdMode("\nCommunication initialization process failed");
 }
 
 int VEXAThread::sendBlocks(QString& nackText) {
@@ -76,7 +74,7 @@ int VEXAThread::sendBlocks(QString& nackText) {
         }
         showProgress(lastPrinted);
         if (cancelRequested) {
-            return kLoadSucceeded;
+            return kCancelled;
         }
     }
 }
@@ -103,23 +101,17 @@ bool VEXAThread::reportStop(int result, const QString& nackText) {
     case kNack:
         VEXALog(kLogError, "A NACK was received : %s", nack.constData());
         reportMessage(tr("A NACK was received : ") + nackText);
-        if (g_inCmdMode) {
-            printOutcome("\nA NACK was received : %s", nack.constData());
-        }
+        printInCmdMode("\nA NACK was received : %s", nack.constData());
         return true;
     case kIncompleteNack:
         VEXALog(kLogError, "An incomplete NACK was received");
         reportCode(result);
-        if (g_inCmdMode) {
-            printOutcome("\nAn incomplete NACK was received");
-        }
+        printInCmdMode("\nAn incomplete NACK was received");
         return true;
     case kNoAnswer:
         VEXALog(kLogError, "Timeout when sending data");
         reportMessage(tr("Timeout when sending data"));
-        if (g_inCmdMode) {
-            printOutcome("\nTimeout when sending data");
-        }
+        printInCmdMode("\nTimeout when sending data");
         return true;
     default:
         return false;
@@ -129,21 +121,15 @@ bool VEXAThread::reportStop(int result, const QString& nackText) {
 void VEXAThread::endLoad(int result) {
     if (result == kEndOfFile) {
         VEXALog(kLogInfo, "All data frames have been sent");
-        if (g_inCmdMode) {
-            printOutcome("\nAll data frames have been sent. Sending ending frame ... ");
-        }
+        printInCmdMode("\nAll data frames have been sent. Sending ending frame ... ");
     }
     if (connector.sendEndingFrame()) {
         VEXALog(kLogInfo, "Loading succeeded");
         reportCode(kLoadSucceeded);
-        if (g_inCmdMode) {
-            printOutcome("\nLoading succeeded\n");
-        }
+        printInCmdMode("\nLoading succeeded\n");
         return;
     }
-    if (g_inCmdMode) {
-        printOutcome("\nNo response for the ending frame");
-    }
+    printInCmdMode("\nNo response for the ending frame");
     reportCode(kEndingNotAcknowledged);
     VEXALog(kLogError, "No response for the ending frame");
 }

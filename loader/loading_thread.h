@@ -4,7 +4,8 @@
 // window run in the main thread. In command-line mode operate() is called directly, emits nothing
 // and prints instead.
 //
-// Owner: the worker owns its session. Threads: operate and getProgress in the thread that loads;
+// Owner: the worker owns its session. One that was started must have finished before it is
+// destroyed. Threads: operate and getProgress in the thread that loads;
 // loadCancel from any thread. Failure: a result code, LoadResult.
 #pragma once
 
@@ -19,7 +20,8 @@ class VEXAThread : public QThread {
     Q_OBJECT
 
 public:
-    VEXAThread() = default;
+    /// A worker that cannot load.
+    VEXAThread();
 
     /// Works on a fresh copy of a session.
     explicit VEXAThread(VEXAUsbConnector session);
@@ -32,13 +34,20 @@ public:
     int operate();
 
 signals:
-    // The return values are used by nobody; the declarations stay as they are known.
+    // Sent in window mode only. The return values are used by nobody; the declarations stay as they
+    // are known.
+
+    /// The load has ended, with this LoadResult; or, with kLoadSucceeded or kEndingNotAcknowledged,
+    /// the terminal has had its last word.
     int threadFeedback(int messageCode);
+    /// The load has ended, for a reason that is told in this text, translated.
     QString threadFeedback_NACK(QString message);
+    /// Another block was acknowledged; the percentage of getProgress.
     int threadProgress(int progress);
 
 public slots:
-    /// Ends the load after the block that is under way; without effect after the last one.
+    /// Ends the load after the block that is under way, whatever the terminal answers to it;
+    /// without effect after the last one.
     void loadCancel();
 
 protected:

@@ -1,13 +1,12 @@
 #include "loader/usb_connector.h"
 
-#include "app/log.h"
 #include "app/run_mode.h"
+#include "db/database_file.h"
 #include "devices/pcsc_port.h"
 #include "devices/serial_port.h"
 #include "loader/frames.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
 
 namespace {
@@ -66,6 +65,10 @@ bool isConceptRow(const std::vector<std::string>& row) {
 
 } // namespace
 
+VEXAUsbConnector::VEXAUsbConnector() {
+    const FunctionTrace trace("VEXAUsbConnector::VEXAUsbConnector");
+}
+
 VEXAUsbConnector::VEXAUsbConnector(VEXADevice terminal, VEXADbManager database, int padNumber)
     : device(terminal), dbManager(database), requestAddress(requestAddressOf(padNumber)),
       replyAddress(replyAddressOf(padNumber)), pad(padNumber) {
@@ -73,11 +76,15 @@ VEXAUsbConnector::VEXAUsbConnector(VEXADevice terminal, VEXADbManager database, 
     const ExitTrace trace("VEXAUsbConnector::VEXAUsbConnector");
 }
 
+// The trace is made first and ends last: the lines of the getters stand within the copy's.
 VEXAUsbConnector::VEXAUsbConnector(VEXAUsbConnector& other)
+    : VEXAUsbConnector(FunctionTrace("VEXAUsbConnector::VEXAUsbConnector"), other) {
+}
+
+VEXAUsbConnector::VEXAUsbConnector(const FunctionTrace& /*trace*/, VEXAUsbConnector& other)
     : device(other.getVEXADevice()), dbManager(other.getVEXADbManager()),
       requestAddress(requestAddressOf(other.pad)), replyAddress(replyAddressOf(other.pad)),
       pad(other.pad) {
-    const FunctionTrace trace("VEXAUsbConnector::VEXAUsbConnector");
 }
 
 VEXAUsbConnector::~VEXAUsbConnector() {
@@ -101,7 +108,7 @@ int VEXAUsbConnector::getNumpad() {
 
 int VEXAUsbConnector::operate(std::string& response) {
     const FunctionTrace trace("VEXAUsbConnector::operate");
-    int code = checkDatabase();
+    int code = openCheckedDatabase();
     if (code == kLoadSucceeded) {
         code = initializeTerminal();
     }
@@ -115,16 +122,14 @@ int VEXAUsbConnector::operate(std::string& response) {
     return sendRequestFrame(frame, response) ? kLoadSucceeded : kRequestRefused;
 }
 
-int VEXAUsbConnector::checkDatabase() {
+int VEXAUsbConnector::openCheckedDatabase() {
     if (!dbManager.checkCoherence()) {
         VEXALog(kLogError, "The database is not coherent");
-        if (g_inCmdMode) {
-            printOutcome("\nThe database is not coherent");
-        }
+        printInCmdMode("\nThe database is not coherent");
         return kDatabaseNotCoherent;
     }
     VEXALog(kLogInfo, "The database is coherent");
-    dbFile = std::make_unique<QFile>(QString::fromStdString(dbManager.getDbFile()));
+    dbFile = std::make_unique<QFile>(absolutePath(dbManager.getDbFile()));
     if (!dbFile->open(QIODevice::ReadOnly)) {
         VEXALog(kLogError, "Could not open database file");
         return kDatabaseNotOpened;
@@ -144,9 +149,7 @@ int VEXAUsbConnector::initializeTerminal() {
     }
     if (!answered) {
         VEXALog(kLogError, "No response from the terminal");
-        if (g_inCmdMode) {
-            printOutcome("\nNo response from the terminal");
-        }
+        printInCmdMode("\nNo response from the terminal");
         return kNoAnswer;
     }
     VEXALog(kLogInfo, "Protocol initialization succeeded");
@@ -255,9 +258,7 @@ int VEXAUsbConnector::interpretDataAnswer(const QByteArray& answer, int blockLen
                                           QString& nackText) {
     if (answer.isEmpty()) {
         VEXALog(kLogError, "No response was received");
-        if (g_inCmdMode) {
-            printOutcome("\nNo response from the terminal");
-        }
+        printInCmdMode("\nNo response from the terminal");
         return kNoAnswer;
     }
     if (answer[0] == kAcknowledged) {

@@ -7,6 +7,7 @@
 // Failure: a result; the reason is in the log.
 #pragma once
 
+#include "app/log.h"
 #include "db/db_manager.h"
 #include "devices/device.h"
 #include "devices/device_port.h"
@@ -39,7 +40,7 @@ enum LoadResult : int {
 class VEXAUsbConnector {
 public:
     /// A session that cannot load.
-    VEXAUsbConnector() = default;
+    VEXAUsbConnector();
 
     /// \param padNumber bits above the lowest four are lost on the wire
     VEXAUsbConnector(VEXADevice terminal, VEXADbManager database, int padNumber);
@@ -49,6 +50,7 @@ public:
     VEXAUsbConnector& operator=(const VEXAUsbConnector&) = delete;
     virtual ~VEXAUsbConnector();
 
+    // Copies of what the session was given.
     VEXADevice getVEXADevice();
     VEXADbManager getVEXADbManager();
     int getNumpad();
@@ -85,15 +87,17 @@ public:
     /// Closes the port, if one was opened. \return the port's result
     bool closeConnection();
 
-    /// Percentage of the file that the terminal has acknowledged. The file must be open and not
-    /// empty. Above 21474836 acknowledged bytes the figure is wrong, which is known and kept.
+    /// Percentage of the file that the terminal has acknowledged, 0 for a file that is empty or
+    /// not open. Above 21474836 acknowledged bytes the figure is wrong, which is known and kept.
     int getProgress();
 
 private:
+    VEXAUsbConnector(const FunctionTrace& trace, VEXAUsbConnector& other);
+
     /// Sends a frame and reads one answer of at most so many bytes, with the port's time-outs.
     QByteArray exchange(QByteArray frame, int largestAnswer);
     QByteArray exchange(QByteArray frame, int largestAnswer, int auxTimeout, int responseTimeoutMs);
-    int checkDatabase();
+    int openCheckedDatabase();
     int initializeTerminal();
     void readConcepts(std::vector<std::string>& concepts, std::vector<std::string>& values);
     int interpretDataAnswer(const QByteArray& answer, int blockLength, QString& nackText);
