@@ -100,7 +100,8 @@ TEST_F(BadInputTest, APortThatIsNoTerminalDoesNotAnswer) {
     // A USB serial device in sysfs whose node is a plain file.
     ASSERT_TRUE(writeFile(
         path("further"),
-        "P: /devices/usb9/9-1\nE: SUBSYSTEM=usb\nE: DEVTYPE=usb_device\nA: idVendor=f055\\n\n"
+        "P: /devices/usb9/9-1\nE: SUBSYSTEM=usb\nE: DEVTYPE=usb_device\nA: idVendor=" VEXA_VENDOR_ID
+        "\\n\n"
         "A: idProduct=0012\\n\nA: product=File - x\\n\n\n"
         "P: /devices/usb9/9-1/9-1:1.0/tty/ttyACM7\nN: ttyACM7=00\nE: SUBSYSTEM=tty\n"
         "E: DEVNAME=/dev/ttyACM7\n\n"));

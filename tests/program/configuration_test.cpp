@@ -153,7 +153,7 @@ TEST_F(ConfigurationTest, BlanksWereLeftAtTheEndOfALine) {
 TEST_F(ConfigurationTest, TheFileWasSavedWithCarriageReturns) {
     const QStringList log = logWith(defaultConfig().replace("\n", "\r\n"));
     EXPECT_TRUE(log.contains("VEXALD Cancel=Annuler"));
-    EXPECT_TRUE(log.contains("VEXALD VID=f055 - PID=0012"));
+    EXPECT_TRUE(log.contains("VEXALD VID=" VEXA_VENDOR_ID " - PID=0012"));
 }
 
 TEST_F(ConfigurationTest, AValueIsLongerThanALine) {
@@ -176,7 +176,7 @@ TEST_F(ConfigurationTest, AnIdentifierLacksItsPartner) {
 
 TEST_F(ConfigurationTest, NoIdentifiersAreLeft) {
     const QStringList log =
-        logWith(defaultConfig().replace("&VID=f055", "#").replace("&PID=0012", "#"));
+        logWith(defaultConfig().replace("&VID=" VEXA_VENDOR_ID, "#").replace("&PID=0012", "#"));
     EXPECT_TRUE(log.contains("VEXALD 0 supported device(s)"));
 }
 

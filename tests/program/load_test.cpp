@@ -161,7 +161,7 @@ TEST_F(LoadTest, TheNamedOneOfSeveralTerminalsIsLoaded) {
 
 TEST_F(LoadTest, AnotherTerminalIsLoadedOnceItsIdentifiersAreConfigured) {
     makeTestDatabase(kSampleSize);
-    configure(defaultConfig().replace("&VID=f055\n&PID=0012\n&VID=f055\n&PID=0012",
+    configure(defaultConfig().replace(withVendorId("&VID=f055\n&PID=0012\n&VID=f055\n&PID=0012"),
                                       "&VID=0403\n&PID=6001\n&VID=1A86\n&PID=7523"));
     const QStringList arguments = {"test.db", "/dev/ttyACM0"};
     EXPECT_EQ(

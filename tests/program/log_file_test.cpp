@@ -19,8 +19,8 @@ TEST_F(LogFileTest, ALoadIsTracedFromTheConfigurationToTheEnd) {
     makeTestDatabase(kSampleSize);
     switchLogOn();
     ASSERT_EQ(chargerWithTerminal({"test.db", "/dev/ttyACM0"}).status, 0);
-    QStringList expected =
-        QString::fromUtf8(readFile(VEXA_TEST_DATA "/load.log")).split('\n', Qt::SkipEmptyParts);
+    QStringList expected = QString::fromUtf8(withVendorId(readFile(VEXA_TEST_DATA "/load.log")))
+                               .split('\n', Qt::SkipEmptyParts);
     QStringList lines = logLines(logFile());
     lines.replaceInStrings(QRegularExpression("^VEXALD Handler : [0-9]+$"), "VEXALD Handler : N");
     lines.replaceInStrings(path(""), "@FOLDER@/");

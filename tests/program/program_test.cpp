@@ -44,10 +44,6 @@ void ProgramTest::configure(const QByteArray& content) {
     ASSERT_TRUE(writeFile(configFile(), content));
 }
 
-QByteArray ProgramTest::defaultConfig() {
-    return readFile(VEXA_TEST_DATA "/VEXA_init.ini");
-}
-
 void ProgramTest::switchLogOn() {
     configure(defaultConfig()
                   .replace("&LogOption=0", "&LogOption=1")

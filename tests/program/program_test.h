@@ -2,6 +2,7 @@
 // simulated terminals.
 #pragma once
 
+#include "tests/support/default_config.h"
 #include "tests/support/files.h"
 #include "tests/support/sample_database.h"
 
@@ -33,9 +34,6 @@ protected:
 
     /// Has the program log into the folder "log".
     void switchLogOn();
-
-    /// The default configuration file.
-    static QByteArray defaultConfig();
 
     /// Runs a command line with this test's environment to its end.
     Outcome run(const QStringList& command);

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdarg>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/select.h>
 #include <termios.h>
@@ -13,16 +14,20 @@ namespace system_calls {
 
 std::vector<timeval> selectTimeouts;
 std::vector<std::size_t> writeSizes;
+int openFlags = -1;
+int tcsetattrActions = -1;
 int modemLines = -1;
 int nextTcsetattrError = 0;
 int nextSelectError = 0;
 int nextReadError = 0;
+bool nextSelectIsExceptional = false;
 int emptyWrites = 0;
 
 void reset() {
     selectTimeouts.clear();
     writeSizes.clear();
-    modemLines = -1;
+    openFlags = tcsetattrActions = modemLines = -1;
+    nextSelectIsExceptional = false;
     nextTcsetattrError = nextSelectError = nextReadError = emptyWrites = 0;
 }
 
@@ -48,7 +53,17 @@ using namespace system_calls;
 
 extern "C" {
 
+int open(const char* path, int flags, ...) {
+    std::va_list arguments;
+    va_start(arguments, flags);
+    const int mode = (flags & O_CREAT) == 0 ? 0 : va_arg(arguments, int);
+    va_end(arguments);
+    openFlags = flags;
+    return next<int(const char*, int, ...)>("open")(path, flags, mode);
+}
+
 int tcsetattr(int fd, int actions, const termios* settings) {
+    tcsetattrActions = actions;
     return fails(nextTcsetattrError)
                ? -1
                : next<decltype(tcsetattr)>("tcsetattr")(fd, actions, settings);
@@ -57,6 +72,10 @@ int tcsetattr(int fd, int actions, const termios* settings) {
 int select(int count, fd_set* readSet, fd_set* writeSet, fd_set* exceptSet, timeval* timeout) {
     if (timeout != nullptr) {
         selectTimeouts.push_back(*timeout);
+    }
+    if (std::exchange(nextSelectIsExceptional, false)) {
+        FD_ZERO(readSet);
+        return 1;
     }
     return fails(nextSelectError)
                ? -1

@@ -11,12 +11,17 @@ namespace system_calls {
 extern std::vector<timeval> selectTimeouts;
 /// The sizes that write was asked for.
 extern std::vector<std::size_t> writeSizes;
+/// What open and tcsetattr were asked for last; -1 as long as neither was.
+extern int openFlags;
+extern int tcsetattrActions;
 /// Modem lines set by TIOCMSET, -1 as long as none were.
 extern int modemLines;
 /// Errors for the next calls; 0 lets them through.
 extern int nextTcsetattrError;
 extern int nextSelectError;
 extern int nextReadError;
+/// The next wait ends with an exceptional condition and nothing else.
+extern bool nextSelectIsExceptional;
 /// The next so many writes take nothing and return 0.
 extern int emptyWrites;
 

@@ -104,6 +104,16 @@ TEST_F(SerialPortTest, TheLineIsRawWithEightBitsAt9600Baud) {
     EXPECT_EQ(cfgetispeed(&t), static_cast<speed_t>(B9600));
 }
 
+TEST_F(SerialPortTest, TheDeviceIsOpenedForBlockingUseAndNotAsTheControllingTerminal) {
+    const VEXASerialPort port(m_path);
+    EXPECT_EQ(system_calls::openFlags & ~(O_CLOEXEC | O_LARGEFILE), O_RDWR | O_NOCTTY);
+}
+
+TEST_F(SerialPortTest, WhatTheLineHeldBeforeIsThrownAway) {
+    const VEXASerialPort port(m_path);
+    EXPECT_EQ(system_calls::tcsetattrActions, TCSAFLUSH);
+}
+
 TEST_F(SerialPortTest, DtrAndRtsAreRaisedBesideTheOtherModemLines) {
     const VEXASerialPort port(m_path);
     EXPECT_EQ(system_calls::modemLines, TIOCM_CTS | TIOCM_DTR | TIOCM_RTS);
@@ -242,15 +252,15 @@ TEST_F(SerialPortTest, AWriteThatTakesNothingIsRepeated) {
 
 TEST_F(SerialPortTest, WithoutACommandOnlyTheAnswerIsRead) {
     VEXASerialPort port(m_path);
-    answer({0x05});
-    system_calls::writeSizes.clear();
     unsigned char out[4] = {};
-    for (const int inLen : {0}) {
+    for (const int inLen : {0, -1}) {
+        answer({0x05});
+        system_calls::writeSizes.clear();
         int outLen = sizeof out;
-        EXPECT_TRUE(port.ExecuteCommand(nullptr, inLen, out, &outLen, 200, 3000));
-        EXPECT_EQ(outLen, 1);
+        EXPECT_TRUE(port.ExecuteCommand(nullptr, inLen, out, &outLen, 200, 3000)) << inLen;
+        EXPECT_EQ(outLen, 1) << inLen;
+        EXPECT_TRUE(system_calls::writeSizes.empty()) << inLen;
     }
-    EXPECT_TRUE(system_calls::writeSizes.empty());
 }
 
 TEST_F(SerialPortTest, ATimeOutIsAnEmptyAnswerAndNoFailure) {
@@ -281,6 +291,26 @@ TEST_F(SerialPortTest, AFailedWaitIsAnEmptyAnswerAndNoFailure) {
     EXPECT_EQ(outLen, 0);
     EXPECT_TRUE(log.contains(
         "VEXALD    VEXASerialPort::WaitForIncomingData select returned -1 (errno = 4)"));
+}
+
+TEST_F(SerialPortTest, AnExceptionalConditionIsAnEmptyAnswerAndNoFailure) {
+    VEXASerialPort port(m_path);
+    answer({0x05});
+    system_calls::nextSelectIsExceptional = true;
+    unsigned char in[] = {1};
+    unsigned char out[4] = {};
+    int outLen = sizeof out;
+    const LogCapture log;
+    errno = 0;
+    EXPECT_TRUE(port.ExecuteCommand(in, sizeof in, out, &outLen, 200, 3000));
+    EXPECT_EQ(outLen, 0);
+    bool logged = false;
+    for (const std::string& line : log.lines()) {
+        logged =
+            logged ||
+            line.rfind("VEXALD    VEXASerialPort::WaitForIncomingData select returned 1 ", 0) == 0;
+    }
+    EXPECT_TRUE(logged);
 }
 
 TEST_F(SerialPortTest, WithoutATimeOutTheReadWaitsByItself) {
@@ -387,6 +417,7 @@ TEST_F(SerialPortTest, ClosingLeavesTheDeviceNodeOpen) {
     {
         VEXASerialPort port(m_path);
         before = dup(0);
+        ASSERT_GE(before, 0);
         (void)close(before);
         const LogCapture log;
         EXPECT_TRUE(port.closePort());
@@ -398,6 +429,7 @@ TEST_F(SerialPortTest, ClosingLeavesTheDeviceNodeOpen) {
                    "VEXALD Result of handle closing : 1", "VEXALD <= VEXASerialPort::closePort"}));
     }
     const int after = dup(0);
+    ASSERT_GE(after, 0);
     (void)close(after);
     EXPECT_EQ(after, before) << "a descriptor was freed";
 }
