@@ -4,6 +4,7 @@
 
 #include <QDir>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -24,6 +25,11 @@ protected:
                resultLines(14);
     }
 
+    /// A piece of a shell script that waits until the terminal says something.
+    static QString waitFor(const QString& text) {
+        return "until grep -q '" + text + "' trace; do sleep 0.01; done; ";
+    }
+
     /// The request frame that rows of R_DBINFO lead to, from its block length on.
     QByteArray requestFor(const QStringList& statements) {
         (void)QFile::remove(path("test.db"));
@@ -34,6 +40,52 @@ protected:
         return request.mid(2 + 7 * 3, request.size() - 2 - 7 * 3 - 6); // without the CRC
     }
 };
+
+TEST_F(BadInputTest, APipeOrADeviceIsNoDatabaseFile) {
+    ASSERT_EQ(mkfifo(path("pipe.db").toUtf8().constData(), 0666), 0);
+    for (const char* name : {"pipe.db", "/dev/null", "/dev/zero", "/dev/tty"}) {
+        const Outcome outcome = chargerWithTerminal({name, "/dev/ttyACM0"});
+        EXPECT_EQ(outcome.out,
+                  "\nDatabase file does not exist\n" + QByteArray(kUsage) + resultLines(2))
+            << name;
+        EXPECT_EQ(outcome.status, 2) << name;
+    }
+    EXPECT_TRUE(frames().isEmpty());
+}
+
+TEST_F(BadInputTest, ANameThatIsNotUtf8IsRefusedBeforeAnotherFileIsTaken) {
+    makeTestDatabase(kSampleSize);
+    const Outcome outcome =
+        run(shellWithTerminal("name=$(printf 'base\\351.db'); cp test.db \"$name\"; exec " +
+                              executable() + " \"$name\" /dev/ttyACM0"));
+    EXPECT_EQ(outcome.out,
+              "\nDatabase file does not exist\n" + QByteArray(kUsage) + resultLines(2));
+    EXPECT_EQ(outcome.status, 2);
+}
+
+TEST_F(BadInputTest, NamesThatMeanSomethingElseToSqliteAreFiles) {
+    makeTestDatabase(kSampleSize);
+    for (const char* name : {":memory:", "file:test.db?mode=memory", ":a.db"}) {
+        ASSERT_TRUE(QFile::copy(path("test.db"), path(name)));
+        EXPECT_EQ(chargerWithTerminal({name, "/dev/ttyACM0"}).status, 0) << name;
+        EXPECT_EQ(stored() == readFile(path("test.db")), true) << name;
+        ASSERT_TRUE(QFile::remove(path("store/ttyACM0/pad-02.db")));
+    }
+}
+
+TEST_F(BadInputTest, AValueLargerThanARequestEndsTheConcepts) {
+    EXPECT_EQ(requestFor({"CREATE TABLE R_DBINFO (NUM_CONCEPT, VALUE)",
+                          "INSERT INTO R_DBINFO VALUES (1, 'a'), (2, replace(hex(zeroblob(50000)), "
+                          "'0', 'x')), (3, 'c')"}),
+              "03 80 03 03 C0 00 81 01 61");
+}
+
+TEST_F(BadInputTest, AGeneratedColumnIsAColumn) {
+    EXPECT_EQ(requestFor({"CREATE TABLE R_DBINFO (NUM_CONCEPT INTEGER, VALUE TEXT AS ('v' || "
+                          "NUM_CONCEPT))",
+                          "INSERT INTO R_DBINFO (NUM_CONCEPT) VALUES (1), (2)"}),
+              "08 80 03 03 C0 00 81 02 76 31 82 02 76 32");
+}
 
 TEST_F(BadInputTest, AFolderIsNoDatabase) {
     ASSERT_TRUE(QDir().mkdir(path("folder.db")));
@@ -114,13 +166,8 @@ TEST_F(BadInputTest, APortThatIsNoTerminalDoesNotAnswer) {
 TEST_F(BadInputTest, APortThatMayNotBeOpenedDoesNotAnswer) {
     makeTestDatabase(kSampleSize);
     switchLogOn();
-    QStringList command = commandWithTerminal({});
-    command.removeLast();
-    command << "sh"
-            << "-c"
-            << "chmod 000 $UMOCKDEV_DIR/dev/ttyACM0; exec " + executable() +
-                   " test.db /dev/ttyACM0";
-    const Outcome outcome = run(asOrdinaryUser(command));
+    const Outcome outcome = run(asOrdinaryUser(shellWithTerminal(
+        "chmod 000 $UMOCKDEV_DIR/dev/ttyACM0; exec " + executable() + " test.db /dev/ttyACM0")));
     EXPECT_EQ(outcome.out, noResponse("/dev/ttyACM0"));
     EXPECT_EQ(outcome.status, 14);
     EXPECT_TRUE(logLines(path("log/logVEXA.txt")).contains("VEXALD Handler : -1"));
@@ -128,12 +175,8 @@ TEST_F(BadInputTest, APortThatMayNotBeOpenedDoesNotAnswer) {
 
 TEST_F(BadInputTest, APortThatIsGoneWhenTheLoadBeginsDoesNotAnswer) {
     makeTestDatabase(kSampleSize);
-    QStringList command = commandWithTerminal({});
-    command.removeLast();
-    command << "sh"
-            << "-c"
-            << "rm $UMOCKDEV_DIR/dev/ttyACM0; exec " + executable() + " test.db /dev/ttyACM0";
-    const Outcome outcome = run(command);
+    const Outcome outcome = run(shellWithTerminal("rm $UMOCKDEV_DIR/dev/ttyACM0; exec " +
+                                                  executable() + " test.db /dev/ttyACM0"));
     EXPECT_EQ(outcome.out, noResponse("/dev/ttyACM0"));
     EXPECT_EQ(outcome.status, 14);
 }
@@ -141,13 +184,10 @@ TEST_F(BadInputTest, APortThatIsGoneWhenTheLoadBeginsDoesNotAnswer) {
 TEST_F(BadInputTest, ADatabaseThatShrinksDuringTheLoadIsNotCalledLoaded) {
     makeTestDatabase(kSampleSize);
     // The terminal is held up at block 3 until the file is cut behind the program's back.
-    QStringList command = commandWithTerminal({}, {"--fault", "data:3:late=1500"});
-    command.removeLast();
-    command << "sh"
-            << "-c"
-            << executable() + " test.db /dev/ttyACM0 & until grep -q 'block 3' trace; do :; done; "
-                              "truncate -s 100000 test.db; wait $!";
-    const Outcome outcome = run(command);
+    const Outcome outcome =
+        run(shellWithTerminal(executable() + " test.db /dev/ttyACM0 & " + waitFor("block 3") +
+                                  "truncate -s 100000 test.db; wait $!",
+                              {"--fault", "data:3:late=2500"}));
     EXPECT_TRUE(outcome.out.contains("\nNo response for the ending frame"));
     EXPECT_FALSE(outcome.out.contains("Loading succeeded"));
     EXPECT_TRUE(storedNothing());

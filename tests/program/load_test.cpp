@@ -263,11 +263,8 @@ TEST_F(LoadTest, ALoadAfterALoadReplacesTheDatabase) {
 TEST_F(LoadTest, TwoLoadsAtATimeDoNotDisturbEachOther) {
     makeTestDatabase(kSampleSize);
     const QString load = executable() + " test.db /dev/ttyACM";
-    QStringList command = commandWithTerminal({}, {"--devices", "2"});
-    command.removeLast();
-    command << "sh"
-            << "-c" << load + "0 2 >one & " + load + "1 3 >two; first=$?; wait $! && exit $first";
-    EXPECT_EQ(run(command).status, 0);
+    const QString both = load + "0 2 >one & " + load + "1 3 >two; first=$?; wait $! && exit $first";
+    EXPECT_EQ(run(shellWithTerminal(both, {"--devices", "2"})).status, 0);
     EXPECT_TRUE(readFile(path("one")).endsWith(kSucceeded));
     EXPECT_TRUE(readFile(path("two")).endsWith(kSucceeded));
     expectStored(2, 0);

@@ -50,7 +50,7 @@ void ProgramTest::switchLogOn() {
                   .replace("&LogPath=.", "&LogPath=" + path("log").toUtf8()));
 }
 
-Outcome ProgramTest::run(const QStringList& command) {
+Outcome ProgramTest::runAndComplain(const QStringList& command) {
     constexpr int kPatienceMs = 100000;
     QProcess process;
     process.setWorkingDirectory(path(""));
@@ -72,6 +72,11 @@ Outcome ProgramTest::run(const QStringList& command) {
     }
     outcome.out = process.readAllStandardOutput();
     outcome.err = process.readAllStandardError();
+    return outcome;
+}
+
+Outcome ProgramTest::run(const QStringList& command) {
+    Outcome outcome = runAndComplain(command);
     EXPECT_EQ(outcome.err, "") << "on standard error";
     return outcome;
 }
@@ -85,6 +90,13 @@ QStringList ProgramTest::commandWithTerminal(const QStringList& arguments,
     return QStringList({VEXA_TERMINAL, "--store", path("store"), "--frames", path("frames"),
                         "--trace", path("trace")}) +
            terminalOptions + QStringList({"--", executable()}) + arguments;
+}
+
+QStringList ProgramTest::shellWithTerminal(const QString& script,
+                                           const QStringList& terminalOptions) const {
+    QStringList command = commandWithTerminal({}, terminalOptions);
+    command.removeLast();
+    return command + QStringList({"sh", "-c", script});
 }
 
 Outcome ProgramTest::chargerWithTerminal(const QStringList& arguments,

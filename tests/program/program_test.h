@@ -38,6 +38,9 @@ protected:
     /// Runs a command line with this test's environment to its end.
     Outcome run(const QStringList& command);
 
+    /// The same for one that may say something on standard error.
+    Outcome runAndComplain(const QStringList& command);
+
     /// Runs the program alone.
     Outcome charger(const QStringList& arguments);
 
@@ -48,6 +51,10 @@ protected:
     /// The command line of chargerWithTerminal.
     QStringList commandWithTerminal(const QStringList& arguments,
                                     const QStringList& terminalOptions = {}) const;
+
+    /// The command line of a shell that finds simulated terminals plugged in.
+    QStringList shellWithTerminal(const QString& script,
+                                  const QStringList& terminalOptions = {}) const;
 
     /// The same command line as an ordinary user, for whom the rights of files count.
     static QStringList asOrdinaryUser(const QStringList& command);
@@ -65,6 +72,9 @@ protected:
 
     /// The frames and answers as the terminal wrote them down, cut at 40 characters.
     QStringList frames() const;
+
+    /// What the terminal has said so far, a line each.
+    QStringList trace() const { return QString::fromUtf8(readFile(path("trace"))).split('\n'); }
 
     /// The executable of this test.
     QString executable() const { return path("bin/VEXACharger"); }

@@ -147,4 +147,79 @@ TEST_F(ConfigUpdateTest, WithoutAHomeTheFileBesideTheProgramIsReadAsItIs) {
     }));
 }
 
+TEST_F(ConfigUpdateTest, ARelativeHomeIsNoHome) {
+    writeConfigFile(kValid);
+    (void)chmod(file().toUtf8().constData(), 0444);
+    (void)chmod(path("home").toUtf8().constData(), 0777);
+    ASSERT_TRUE(QDir::setCurrent(path("home")));
+    qputenv("HOME", "here");
+    EXPECT_TRUE(asOrdinaryUser([] {
+        VEXAConfig cfg{};
+        config_from_file(&cfg);
+        return std::string(cfg.Button_load) == "Go";
+    }));
+    EXPECT_FALSE(QFile::exists(path("home/here")));
+}
+
+TEST_F(ConfigUpdateTest, AReadOnlyConfigFolderMeansTheUsersFolder) {
+    writeConfigFile(kValid);
+    (void)chmod(path("home").toUtf8().constData(), 0777);
+    (void)chmod(path("bin").toUtf8().constData(), 0777);
+    (void)chmod(file().toUtf8().constData(), 0666);
+    (void)chmod(path("bin/config").toUtf8().constData(), 0555);
+    EXPECT_TRUE(asOrdinaryUser([] {
+        VEXAConfig cfg{};
+        config_from_file(&cfg);
+        return std::string(cfg.Button_load) == "Go";
+    }));
+    EXPECT_EQ(readFile(path("home/.config/VEXACharger/config/VEXA_init.ini")), kValid);
+}
+
+TEST_F(ConfigUpdateTest, AUsersFolderThatCannotBeMadeMeansTheFileBesideTheProgram) {
+    writeConfigFile(kValid);
+    (void)chmod(file().toUtf8().constData(), 0444);
+    (void)chmod(path("home").toUtf8().constData(), 0555);
+    EXPECT_TRUE(asOrdinaryUser([] {
+        VEXAConfig cfg{};
+        config_from_file(&cfg);
+        writeConfig("/new");
+        return std::string(cfg.Button_load) == "Go";
+    }));
+    EXPECT_EQ(readFile(file()), kValid);
+}
+
+TEST_F(ConfigUpdateTest, AFileBesideTheProgramThatMayNotBeReadLeavesTheUserTheDefaults) {
+    writeConfigFile(kValid);
+    (void)chmod(file().toUtf8().constData(), 0);
+    (void)chmod(path("home").toUtf8().constData(), 0777);
+    EXPECT_TRUE(asOrdinaryUser([] {
+        VEXAConfig cfg{};
+        config_from_file(&cfg);
+        return std::string(cfg.Button_load) == "Charger";
+    }));
+    EXPECT_EQ(readFile(path("home/.config/VEXACharger/config/VEXA_init.ini")), defaultConfig());
+}
+
+TEST_F(ConfigUpdateTest, AnUpdateByRootLeavesTheFileToItsOwner) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can give files away";
+    }
+    writeConfigFile(kValid);
+    ASSERT_EQ(chown(file().toUtf8().constData(), kNobody, kNobody), 0);
+    writeConfig("/new");
+    struct stat status {};
+    ASSERT_EQ(stat(file().toUtf8().constData(), &status), 0);
+    EXPECT_EQ(status.st_uid, kNobody);
+    EXPECT_TRUE(readFile(file()).contains("&RecentPath=/new\n"));
+}
+
+TEST_F(ConfigUpdateTest, APipeInThePlaceOfTheFileIsInvalidAndKeepsNobodyWaiting) {
+    ASSERT_TRUE(QDir().mkpath(path("bin/config")));
+    ASSERT_EQ(mkfifo(file().toUtf8().constData(), 0666), 0);
+    VEXAConfig cfg{};
+    config_from_file(&cfg);
+    EXPECT_STREQ(cfg.Button_load, "Charger");
+    EXPECT_EQ(readFile(file()), defaultConfig());
+}
+
 } // namespace

@@ -243,6 +243,23 @@ TEST_F(WorkerTest, Code10ACancelTakesEffectAfterTheBlockUnderWay) {
     EXPECT_TRUE(log.contains("VEXALD Loading was cancelled"));
 }
 
+TEST_F(WorkerTest, ACancelDuringABlockThatIsRefusedIsStillACancel) {
+    for (const char* block : {"06000041", "0600", "15", ""}) {
+        scripted_ports::reset();
+        m_emitted.clear();
+        acceptLoad();
+        answer({block, "050000"});
+        scripted_ports::afterExchange = [this](std::size_t number) {
+            if (number == 3) {
+                m_worker->loadCancel();
+            }
+        };
+        EXPECT_EQ(load(databaseOf(61440)), 10) << block;
+        EXPECT_EQ(m_emitted, Events({"code 10"})) << block;
+        EXPECT_EQ(framesOf("020000"), 0U) << block;
+    }
+}
+
 TEST_F(WorkerTest, ACancelDuringTheInitialisationTakesEffectAtTheFirstBlock) {
     acceptLoad();
     answer({"05", "05", "050000"});
