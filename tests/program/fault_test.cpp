@@ -6,12 +6,9 @@
 
 namespace {
 
-const QByteArray kStarted = "\nLoading has been started";
 const QByteArray kInitFailed = "\nCommunication initialization process failed\n";
-const QByteArray kInitSucceeded = "\nCommunication initialization process succeeded";
 const QByteArray kProgress50 = "\nLoading progress : 50 %";
 const QByteArray kProgress100 = "\nLoading progress : 100 %";
-const QByteArray kAllSent = "\nAll data frames have been sent. Sending ending frame ... ";
 
 struct Case {
     const char* name;

@@ -50,20 +50,23 @@ void ProgramTest::switchLogOn() {
                   .replace("&LogPath=.", "&LogPath=" + path("log").toUtf8()));
 }
 
+QStringList ProgramTest::environment() const {
+    QStringList variables = {"HOME=" + path("home"), "LANG=C", "PATH=/usr/bin:/bin:/usr/sbin:/sbin",
+                             "TMPDIR=" + path("")};
+    for (const char* name :
+         {"ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "LLVM_PROFILE_FILE"}) {
+        if (qEnvironmentVariableIsSet(name)) {
+            variables << QString(name) + "=" + qEnvironmentVariable(name);
+        }
+    }
+    return variables + m_environment;
+}
+
 Outcome ProgramTest::runAndComplain(const QStringList& command) {
     constexpr int kPatienceMs = 100000;
     QProcess process;
     process.setWorkingDirectory(path(""));
-    // Nothing of the tester's desktop reaches the program.
-    QStringList environment = {"HOME=" + path("home"), "LANG=C",
-                               "PATH=/usr/bin:/bin:/usr/sbin:/sbin", "TMPDIR=" + path("")};
-    for (const char* name :
-         {"ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "LLVM_PROFILE_FILE"}) {
-        if (qEnvironmentVariableIsSet(name)) {
-            environment << QString(name) + "=" + qEnvironmentVariable(name);
-        }
-    }
-    process.setEnvironment(environment + m_environment);
+    process.setEnvironment(environment());
     process.start(command.first(), command.mid(1));
     process.closeWriteChannel();
     Outcome outcome;

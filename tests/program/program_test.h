@@ -35,7 +35,10 @@ protected:
     /// Has the program log into the folder "log".
     void switchLogOn();
 
-    /// Runs a command line with this test's environment to its end.
+    /// The environment of all runs: nothing of the tester's desktop reaches the program.
+    QStringList environment() const;
+
+    /// Runs a command line to its end, in that environment and the folder of the test.
     Outcome run(const QStringList& command);
 
     /// The same for one that may say something on standard error.
@@ -89,6 +92,11 @@ private:
 /// The output of a load up to where the terminal is addressed.
 QByteArray loadHead(const QByteArray& database, const QByteArray& port = "/dev/ttyACM0",
                     const QByteArray& pad = "2");
+
+/// What a load prints once its port is opened, and what follows as it goes well.
+inline const QByteArray kStarted = "\nLoading has been started";
+inline const QByteArray kInitSucceeded = "\nCommunication initialization process succeeded";
+inline const QByteArray kAllSent = "\nAll data frames have been sent. Sending ending frame ... ";
 
 /// The last two lines of a run.
 QByteArray resultLines(int code);
