@@ -40,6 +40,9 @@ int cmdExec(std::string database, std::string port, std::string pad) {
     VEXAUsbConnector connector(*found, dbManager, leadingNumber(pad.c_str()));
     VEXALog(kLogInfo, "Communicator has been created");
     printOutcome("\nLoading has been started");
-    VEXAThread worker(connector);
-    return worker.operate();
+    // Never destroyed: the log of a load ends with the worker's last word, not with its
+    // dismantling.
+    static VEXAThread* worker = nullptr;
+    worker = new VEXAThread(connector);
+    return worker->operate();
 }

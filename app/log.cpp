@@ -34,26 +34,25 @@ void closeFile() {
     }
 }
 
-/// Creates the folders above the last one of a path: a fresh account has no "Library" yet.
-void makeParentFolders(const std::string& folder) {
-    for (std::size_t slash = folder.find('/', 1); slash != std::string::npos;
-         slash = folder.find('/', slash + 1)) {
-        (void)mkdir(folder.substr(0, slash).c_str(), kFolderMode);
+/// Creates a folder below another one, which must be there: a fresh account has no "Library" yet.
+/// \param below begins with a slash
+void makeFolders(const std::string& parent, const std::string& below) {
+    for (std::size_t end = below.find('/', 1); end != std::string::npos;
+         end = below.find('/', end + 1)) {
+        (void)mkdir((parent + below.substr(0, end)).c_str(), kFolderMode);
     }
+    (void)mkdir((parent + below).c_str(), kFolderMode);
 }
 
-/// The log folder, with the folders above it made where they are ours; empty without a home.
-std::string logFolder(const char* logPath) {
-    if (std::strcmp(logPath, ".") != 0) {
-        return logPath;
+/// Opens a file, but no pipe: one that nobody reads would hold up the load.
+std::FILE* openLog(const char* name) {
+    std::FILE* file = std::fopen(name, "w+");
+    struct stat status {};
+    if (file != nullptr && (fstat(fileno(file), &status) != 0 || S_ISFIFO(status.st_mode))) {
+        (void)std::fclose(file);
+        return nullptr;
     }
-    const char* home = std::getenv("HOME");
-    if (home == nullptr || home[0] != '/') {
-        return {};
-    }
-    const std::string folder = std::string(home) + kDefaultFolder;
-    makeParentFolders(folder);
-    return folder;
+    return file;
 }
 
 const char* levelMarker(int level) {
@@ -128,7 +127,7 @@ void openFile(const std::string& name) {
         return;
     }
     std::memcpy(g_logFileName, name.c_str(), name.size() + 1);
-    g_logfileStream = std::fopen(g_logFileName, "w+");
+    g_logfileStream = openLog(g_logFileName);
 }
 
 } // namespace
@@ -140,12 +139,18 @@ void VEXA_logstart(const char* logOption, const char* logPath) {
     if (std::strcmp(logOption, "1") != 0) {
         return;
     }
-    const std::string folder = logFolder(logPath);
-    if (folder.empty()) {
+    const bool inHome = std::strcmp(logPath, ".") == 0;
+    const char* home = std::getenv("HOME");
+    if (inHome && home == nullptr) {
         return;
     }
+    const std::string folder = inHome ? std::string(home) + kDefaultFolder : logPath;
     VEXALog(kLogInfo, "parse_variable : g_logDir = %s", folder.c_str());
-    (void)mkdir(folder.c_str(), kFolderMode);
+    if (inHome) {
+        makeFolders(home, kDefaultFolder);
+    } else {
+        (void)mkdir(folder.c_str(), kFolderMode);
+    }
     const std::string name = folder + kFileName;
     openFile(name);
     VEXALog(kLogInfo, "parse_variable : g_logfileStream = %s", name.c_str());

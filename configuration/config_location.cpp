@@ -53,13 +53,21 @@ void startUserCopy(const std::string& from, const std::string& to) {
     }
 }
 
-/// Leaves a file to whom it belongs: root must not take a user's settings away.
-void keepOwner(const std::string& path, const QSaveFile& replacement) {
+/// Gives a new file to whom the old one belongs: nobody's settings are taken away by an update.
+/// \return false when that is not allowed
+bool keepOwner(const std::string& path, const QSaveFile& replacement) {
     struct stat status {};
-    if (stat(path.c_str(), &status) == 0) {
-        const int kept = fchown(replacement.handle(), status.st_uid, status.st_gid);
-        (void)kept; // refused where the file is ours anyway
+    if (stat(path.c_str(), &status) != 0) {
+        return true; // nobody's yet
     }
+    const bool isOurs = status.st_uid == geteuid() && status.st_gid == getegid();
+    return isOurs || fchown(replacement.handle(), status.st_uid, status.st_gid) == 0;
+}
+
+bool overwrite(const std::string& path, const QByteArray& content) {
+    QFile file(QString::fromStdString(path));
+    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
+           file.write(content) == content.size();
 }
 
 } // namespace
@@ -71,8 +79,9 @@ std::string configParentFolder(const char* caller) {
         return beside;
     }
     const std::string own = std::string(home) + "/" + kUserSettingsFolder;
-    if (!QDir().mkpath(QString::fromStdString(own + kConfigFolder)) ||
-        !allows(own + kConfigFolder, W_OK | X_OK)) {
+    (void)QDir().mkpath(QString::fromStdString(own));
+    (void)mkdir((own + kConfigFolder).c_str(), kConfigFolderMode);
+    if (!allows(own + kConfigFolder, W_OK | X_OK)) {
         return beside;
     }
     startUserCopy(beside + kConfigFile, own + kConfigFile);
@@ -81,14 +90,17 @@ std::string configParentFolder(const char* caller) {
 
 bool replaceFile(const std::string& path, const QByteArray& content) {
     QSaveFile file(QString::fromStdString(path));
-    file.setDirectWriteFallback(true); // where the file may be written and its folder may not
-    if (!file.open(QIODevice::WriteOnly)) {
+    const bool besideIt = file.open(QIODevice::WriteOnly);
+    // Only this flush notices a disk that is full; commit would rename what did fit.
+    if (besideIt && (file.write(content) != content.size() || !file.flush())) {
+        file.cancelWriting();
         return false;
     }
-    keepOwner(path, file);
-    // Only this flush notices a disk that is full; commit would rename what did fit.
-    if (file.write(content) != content.size() || !file.flush()) {
-        file.cancelWriting();
+    if (besideIt && keepOwner(path, file) && file.commit()) {
+        return true;
     }
-    return file.commit();
+    // A file that can be written and not replaced: it belongs to somebody else, its folder is
+    // read-only or sticky, or it is mounted by itself.
+    file.cancelWriting();
+    return overwrite(path, content);
 }

@@ -11,14 +11,18 @@
 
 #include <cstddef>
 #include <string>
+#include <sys/types.h>
+
+/// Rights of the folder `config/`, less what the mask takes away.
+constexpr mode_t kConfigFolderMode = 0775;
 
 /// The folder in which `config/` lies, absolute, without a final slash. The user's folder is made,
 /// and its copy started, when they are needed and missing.
 /// \param caller name under which a failure is logged
 std::string configParentFolder(const char* caller);
 
-/// Replaces a file by new content: wholly or not at all, but for one case: a file that may be
-/// written in a folder that may not. The owner of the file stays.
+/// Gives a file new content: wholly or not at all wherever the file can be replaced by another one
+/// of the same owner, else by writing over it.
 /// \return false when it could not be written
 bool replaceFile(const std::string& path, const QByteArray& content);
 

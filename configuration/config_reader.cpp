@@ -18,7 +18,6 @@
 
 namespace {
 
-constexpr mode_t kFolderMode = 0775;
 constexpr std::size_t kLineSize = 128;
 constexpr int kNeededSettings = 13;
 
@@ -129,11 +128,13 @@ void storeValue(const Key& key, const char* value, VEXAConfig* cfg) {
     VEXALog(kLogInfo, "parse_variable : %s = %s (%s)", key.logName, cfg->*key.text, value);
 }
 
-/// Opens a file for reading. Only a file of bytes will do: a pipe would keep the program waiting.
+/// Opens a file for reading. A pipe or a device would keep the program waiting; a folder opens and
+/// holds no settings.
 File openForReading(const char* path) {
     struct stat status {};
-    const bool isFile = stat(path, &status) == 0 && S_ISREG(status.st_mode);
-    return File(isFile ? std::fopen(path, "r") : nullptr);
+    const bool canBeOpened =
+        stat(path, &status) == 0 && (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode));
+    return File(canBeOpened ? std::fopen(path, "r") : nullptr);
 }
 
 void createMissingFile(char* path) {
@@ -152,20 +153,18 @@ void replaceInvalidFile(char* path) {
     createConfigFile(path);
 }
 
-/// Applies every setting of the file. The end is only noticed by a read that fails, and what the
-/// read before it left is then applied once more: the last line counts twice in a file that ends
-/// with a line break. The default file does not, and existing files rely on it.
+/// Applies every setting of the file. The end, or an error, is only noticed by a read that fails,
+/// and what the read before it left is then applied once more: the last line counts twice in a file
+/// that ends with a line break. The default file does not, and existing files rely on it.
 void readSettings(std::FILE* file, VEXAConfig* cfg) {
     char line[kLineSize] = "";
     do {
-        if (std::fgets(line, sizeof line, file) == nullptr && std::ferror(file) != 0) {
-            return; // with anything in the line
-        }
+        (void)std::fgets(line, sizeof line, file);
         line[std::strcspn(line, "\r\n")] = '\0';
         if (line[0] == '&') {
             parse_variable(line, cfg);
         }
-    } while (std::feof(file) == 0);
+    } while (std::feof(file) == 0 && std::ferror(file) == 0);
 }
 
 } // namespace
@@ -173,7 +172,7 @@ void readSettings(std::FILE* file, VEXAConfig* cfg) {
 void config_from_file(VEXAConfig* cfg) {
     const FunctionTrace trace("config_from_file");
     const std::string folder = configParentFolder("config_from_file") + "/config";
-    (void)mkdir(folder.c_str(), kFolderMode);
+    (void)mkdir(folder.c_str(), kConfigFolderMode);
     std::string path = folder + "//VEXA_init.ini";
 
     if (!openForReading(path.data())) {

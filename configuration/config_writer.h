@@ -10,7 +10,8 @@
 /// \param path full path; a file there is replaced
 void createConfigFile(char* path);
 
-/// Gives every RecentPath line of the configuration file a new value. A file that cannot be read
-/// ends up empty and is replaced by the default one at the next start.
+/// Gives every RecentPath line of the configuration file a new value. A file that cannot be opened
+/// for reading ends up empty and is replaced by the default one at the next start; one that breaks
+/// off in mid-reading stays as it is.
 /// \param recentPath UTF-8
 void writeConfig(std::string recentPath);

@@ -45,8 +45,10 @@ VEXADbManager::VEXADbManager(std::string path) : dbFile(path), query(noQuery()) 
     const FunctionTrace trace("VEXADbManager::VEXADbManager");
     db = QSqlDatabase::addDatabase("QSQLITE", QSqlDatabase::defaultConnection);
     db.setDatabaseName(absolutePath(path));
-    // What is loaded is the file as it stands: SQLite must neither repair nor create it.
-    db.setConnectOptions("QSQLITE_OPEN_READONLY");
+    if (!canBeRead(path)) {
+        // SQLite would create the missing file, and an empty database would be loaded.
+        db.setConnectOptions("QSQLITE_OPEN_READONLY");
+    }
     if (db.open()) {
         VEXALog(kLogInfo, "Database is successully opened");
     } else {

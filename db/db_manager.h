@@ -23,8 +23,8 @@ public:
     /// A manager of no database: every operation gives an empty result.
     VEXADbManager();
 
-    /// Opens a database file for reading, under the default connection name. An earlier manager
-    /// loses that name and keeps its connection.
+    /// Opens a database file under the default connection name, which closes the connection of an
+    /// earlier manager. SQLite may write: it completes what a crash has interrupted.
     /// \param path UTF-8
     explicit VEXADbManager(std::string path);
     VEXADbManager(const VEXADbManager&) = default;

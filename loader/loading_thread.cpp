@@ -44,7 +44,7 @@ int VEXAThread::operate() {
     if (cancelRequested) {
         reportCancelled();
         result = kCancelled;
-    } else if (!reportStop(result, nackText)) {
+    } else if (!stopsWithoutEnding(result, nackText)) {
         // A refused block ends the data but not the load: the terminal's answer to the ending
         // frame decides what the user is told.
         endLoad(result);
@@ -74,7 +74,7 @@ int VEXAThread::sendBlocks(QString& nackText) {
         }
         showProgress(lastPrinted);
         if (cancelRequested) {
-            return kCancelled;
+            return result;
         }
     }
 }
@@ -95,7 +95,7 @@ void VEXAThread::reportCancelled() {
     reportCode(kCancelled);
 }
 
-bool VEXAThread::reportStop(int result, const QString& nackText) {
+bool VEXAThread::stopsWithoutEnding(int result, const QString& nackText) {
     const QByteArray nack = nackText.toUtf8();
     switch (result) {
     case kNack:

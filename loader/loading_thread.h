@@ -55,10 +55,12 @@ protected:
 
 private:
     void reportFailedStart(int code, const std::string& response);
+    /// \return what the last block came to
     int sendBlocks(QString& nackText);
     void showProgress(int& lastPrinted);
     void reportCancelled();
-    bool reportStop(int result, const QString& nackText);
+    /// Reports what ends a load at once. \return false when the ending frame is still to be sent
+    bool stopsWithoutEnding(int result, const QString& nackText);
     void endLoad(int result);
     void closeConnection();
     void reportMessage(const QString& message);

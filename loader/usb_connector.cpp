@@ -21,8 +21,8 @@ constexpr std::size_t kHeaderBudget = 9;
 constexpr std::size_t kRequestBudget = 255;
 constexpr std::size_t kConceptOverhead = 2;
 
-constexpr char kAcknowledged = 0x05;
-constexpr char kRefused = 0x06;
+constexpr char kAckByte = 0x05;
+constexpr char kNackByte = 0x06;
 constexpr int kNackTextOffset = 3;
 constexpr int kLargestDataAnswer = 255;
 
@@ -56,11 +56,6 @@ int countMatches(const QByteArray& answer, const QByteArray& expected) {
 
 std::string hexadecimalText(const QByteArray& bytes) {
     return "0x" + bytes.toHex().toUpper().toStdString();
-}
-
-/// Of two columns or more only the first two count: number and value.
-bool isConceptRow(const std::vector<std::string>& row) {
-    return row.size() > 1 && isConcept(toNumber(row[0]));
 }
 
 } // namespace
@@ -178,7 +173,11 @@ void VEXAUsbConnector::readConcepts(std::vector<std::string>& concepts,
     std::size_t budget = kHeaderBudget;
     for (auto row = dbManager.getNextData(kConceptTable); !row.empty();
          row = dbManager.getNextData(kConceptTable)) {
-        if (!isConceptRow(row)) {
+        if (row.size() < 2) {
+            VEXALog(kLogInfo, "Read an invalid line from R_DBINFO : it has one column only");
+            continue;
+        }
+        if (!isConcept(toNumber(row[0]))) {
             VEXALog(kLogInfo, "Read an invalid line from R_DBINFO : NUM_CONCEPT is out of range");
             continue;
         }
@@ -261,15 +260,15 @@ int VEXAUsbConnector::interpretDataAnswer(const QByteArray& answer, int blockLen
         printInCmdMode("\nNo response from the terminal");
         return kNoAnswer;
     }
-    if (answer[0] == kAcknowledged) {
+    if (answer[0] == kAckByte) {
         bytesSent += blockLength;
         return kLoadSucceeded;
     }
     VEXALog(kLogInfo, "Data block refused : rep=0x%02x", byteAt(answer, 0));
-    if (answer[0] == kRefused && answer.size() <= kNackTextOffset) {
+    if (answer[0] == kNackByte && answer.size() <= kNackTextOffset) {
         return kIncompleteNack;
     }
-    if (answer[0] == kRefused) {
+    if (answer[0] == kNackByte) {
         // One character is the whole reason, whatever else the terminal says.
         nackText = QString(QLatin1Char(answer[kNackTextOffset]));
         return kNack;
@@ -285,7 +284,7 @@ bool VEXAUsbConnector::sendEndingFrame() {
     // also where that makes it short (or, at 0, endless). The port's own time-outs are not used.
     const qint64 size = dbFile ? dbFile->size() : 0;
     const auto timeout = static_cast<std::int32_t>(size * kEndingMillisecondsPerMiB / kMiB);
-    const QByteArray answer = exchange(endingFrame(), expected.size(), timeout, timeout);
+    const QByteArray answer = exchange(endingFrame(), expected.size(), timeout);
     if (answer.size() < expected.size()) {
         VEXALog(kLogError, "Not received enough bytes as response");
         return false;
@@ -317,22 +316,19 @@ int VEXAUsbConnector::getProgress() {
     return size == 0 ? 0 : static_cast<int>(product / size);
 }
 
-QByteArray VEXAUsbConnector::exchange(QByteArray frame, int largestAnswer) {
-    return port ? exchange(frame, largestAnswer, port->getAuxTimeout(), port->getResponseTimeout())
-                : QByteArray();
-}
-
-QByteArray VEXAUsbConnector::exchange(QByteArray frame, int largestAnswer, int auxTimeout,
-                                      int responseTimeoutMs) {
-    QByteArray answer(largestAnswer, '\0');
-    int length = largestAnswer;
+QByteArray VEXAUsbConnector::exchange(const QByteArray& frame, int largestAnswer,
+                                      std::optional<int> timeoutMs) {
     if (!port) {
         return {};
     }
-    // The port's result is not asked for: the length and the bytes say all that counts.
-    (void)port->ExecuteCommand(reinterpret_cast<unsigned char*>(frame.data()), frame.size(),
-                               reinterpret_cast<unsigned char*>(answer.data()), &length, auxTimeout,
-                               responseTimeoutMs);
+    QByteArray answer(largestAnswer, '\0');
+    int length = largestAnswer;
+    // The port only reads the frame. Its result is not asked for: the length and the bytes say all
+    // that counts.
+    (void)port->ExecuteCommand(
+        const_cast<unsigned char*>(reinterpret_cast<const unsigned char*>(frame.constData())),
+        frame.size(), reinterpret_cast<unsigned char*>(answer.data()), &length,
+        timeoutMs.value_or(port->getAuxTimeout()), timeoutMs.value_or(port->getResponseTimeout()));
     answer.truncate(std::clamp(length, 0, largestAnswer));
     return answer;
 }

@@ -18,6 +18,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -94,9 +95,10 @@ public:
 private:
     VEXAUsbConnector(const FunctionTrace& trace, VEXAUsbConnector& other);
 
-    /// Sends a frame and reads one answer of at most so many bytes, with the port's time-outs.
-    QByteArray exchange(QByteArray frame, int largestAnswer);
-    QByteArray exchange(QByteArray frame, int largestAnswer, int auxTimeout, int responseTimeoutMs);
+    /// Sends a frame and reads one answer of at most so many bytes.
+    /// \param timeoutMs in the place of both of the port's own time-outs
+    QByteArray exchange(const QByteArray& frame, int largestAnswer,
+                        std::optional<int> timeoutMs = std::nullopt);
     int openCheckedDatabase();
     int initializeTerminal();
     void readConcepts(std::vector<std::string>& concepts, std::vector<std::string>& values);

@@ -102,6 +102,7 @@ bool Fault::refuses(const Bytes& acceptance) const {
 std::optional<Fault> parseFault(const std::string& text, std::string& error) {
     std::string rest = text;
     Fault fault;
+    fault.text = text;
     const std::optional<Step> step = parseStep(takeWord(rest, ':'));
     if (!step) {
         error = "fault \"" + text + "\": the step must be init, request, data or end";

@@ -32,6 +32,7 @@ struct Fault {
     std::size_t count = 0;             ///< bytes left or added
     std::chrono::milliseconds time{0}; ///< lateness or pause
     Bytes bytes;                       ///< the other answer
+    std::string text;                  ///< as it was asked for
 
     /// True when the terminal, showing this fault, does not do what the frame asks for.
     /// \param acceptance the answer by which it would accept the frame

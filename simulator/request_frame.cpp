@@ -37,7 +37,7 @@ std::string mismatch(const std::string& what, const Bytes& got, const Bytes& exp
     return what + " " + hexadecimal(got) + ", expected " + hexadecimal(expected);
 }
 
-std::string faultOfConcepts(const Bytes& concepts) {
+std::string objectionToConcepts(const Bytes& concepts) {
     for (std::size_t i = 0; i < concepts.size(); i += 2U + concepts[i + 1]) {
         if (concepts[i] < kFirstConceptTag || concepts[i] > kLastConceptTag) {
             return "no concept begins with " + hexadecimal({concepts[i]});
@@ -82,7 +82,7 @@ std::size_t requestFrameSize(const std::uint8_t* header) {
     return kRequestHeaderSize + sizeCount(header) + header[kConceptLengthOffset] + kCrcSize;
 }
 
-std::string faultOfRequest(const Bytes& frame) {
+std::string objectionToRequest(const Bytes& frame) {
     const Bytes expected = withCrc(slice(frame, 0, frame.size() - kCrcSize));
     if (frame != expected) {
         return mismatch("CRC is", slice(frame, frame.size() - kCrcSize, frame.size()),
@@ -103,7 +103,7 @@ std::string faultOfRequest(const Bytes& frame) {
     if (sizeCount(frame.data()) > 0 && frame[kRequestHeaderSize] == 0) {
         return "the first size byte is 0";
     }
-    return faultOfConcepts(conceptsOf(frame));
+    return objectionToConcepts(conceptsOf(frame));
 }
 
 std::size_t announcedSize(const Bytes& frame) {

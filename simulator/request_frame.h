@@ -20,7 +20,7 @@ std::size_t requestFrameSize(const std::uint8_t* header);
 std::size_t sizeCount(const std::uint8_t* header);
 
 /// What is wrong with a complete request frame, apart from its address; empty when nothing is.
-std::string faultOfRequest(const Bytes& frame);
+std::string objectionToRequest(const Bytes& frame);
 
 /// The file size that a faultless request announces.
 std::size_t announcedSize(const Bytes& frame);

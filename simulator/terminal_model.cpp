@@ -37,6 +37,12 @@ constexpr std::uint8_t kWrongLength = 'L';
 constexpr std::uint8_t kMoreThanAnnounced = 'O';
 constexpr std::uint8_t kCannotStore = 'W';
 
+Bytes initAnswer(int pad) {
+    Bytes answer = kInitAnswerBody;
+    answer.insert(answer.begin(), static_cast<std::uint8_t>(kReplyBase + pad));
+    return answer;
+}
+
 Bytes blockRefused(std::uint8_t reason) {
     return {0x06, 0x00, 0x00, reason};
 }
@@ -139,7 +145,7 @@ bool TerminalModel::findFrame(Frame& frame) {
         found = findAddressedFrame(frame);
         break;
     }
-    return found && (!frame.fault.empty() || m_received.size() >= frame.size);
+    return found && (!frame.objection.empty() || m_received.size() >= frame.size);
 }
 
 bool TerminalModel::findDataFrame(Frame& frame) const {
@@ -149,7 +155,7 @@ bool TerminalModel::findDataFrame(Frame& frame) const {
     const std::size_t length = static_cast<std::size_t>(m_received[1] << 8) + m_received[2];
     frame = {Step::data, kDataHeaderSize + length, ""};
     if (length == 0 || length > kLargestBlock) {
-        frame.fault = std::to_string(length) + " bytes are not 1 to 30720";
+        frame.objection = std::to_string(length) + " bytes are not 1 to 30720";
     }
     return true;
 }
@@ -176,7 +182,7 @@ bool TerminalModel::findAddressedFrame(Frame& frame) {
     frame = {Step::request, requestFrameSize(m_received.data()), ""};
     const std::size_t count = sizeCount(m_received.data());
     if (count > kLargestSizeCount) {
-        frame.fault = std::to_string(count) + " size bytes are more than 4";
+        frame.objection = std::to_string(count) + " size bytes are more than 4";
     }
     return true;
 }
@@ -203,22 +209,24 @@ std::vector<Action> TerminalModel::takeFrame(const Frame& frame) {
     m_journal.frameFromHost(bytes.data(), bytes.size());
     m_block += frame.step == Step::data ? 1 : 0;
     const std::vector<Fault> faults = faultsOf(m_faults, frame.step, m_block);
-    const Bytes acceptance = acceptanceOf(frame.step);
+    const Bytes acceptance = acceptanceOf(frame.step, bytes[0] >> 4);
     const bool refused = std::any_of(faults.begin(), faults.end(),
                                      [&](const Fault& fault) { return fault.refuses(acceptance); });
     return actionsFor(faults, answerTo(frame, bytes, refused));
 }
 
-Bytes TerminalModel::acceptanceOf(Step step) const {
+/// The answer by which a terminal accepts a frame.
+/// \param pad the one that the frame is addressed to, if it is addressed
+Bytes TerminalModel::acceptanceOf(Step step, int pad) {
     switch (step) {
+    case Step::init:
+        return initAnswer(pad);
     case Step::request:
-        return requestAnswer(m_pad, 0);
+        return requestAnswer(pad, 0);
     case Step::data:
         return kBlockAccepted;
     case Step::end:
         return kLoadAccepted;
-    case Step::init:
-        break;
     }
     return {};
 }
@@ -258,19 +266,17 @@ Bytes TerminalModel::answerInit(const Bytes& bytes, bool refusedByFault) {
                       {});
     }
     m_pad = bytes[0] >> 4;
-    Bytes answer = {static_cast<std::uint8_t>(kReplyBase + m_pad)};
-    answer.insert(answer.end(), kInitAnswerBody.begin(), kInitAnswerBody.end());
     if (refusedByFault) {
-        return refuse("initialisation frame: a fault was asked for", answer);
+        return refuse("initialisation frame: a fault was asked for", initAnswer(m_pad));
     }
     m_state = State::awake;
     m_block = 0;
     trace(padName() + ": woken");
-    return answer;
+    return initAnswer(m_pad);
 }
 
 /// Why a request does not fit now; empty when it does.
-std::string TerminalModel::faultOfState(const Bytes& request) const {
+std::string TerminalModel::objectionOfState(const Bytes& request) const {
     if (m_state == State::asleep) {
         return "the terminal was not woken";
     }
@@ -286,12 +292,12 @@ std::string TerminalModel::faultOfState(const Bytes& request) const {
 
 Bytes TerminalModel::answerRequest(const Frame& frame, const Bytes& bytes, bool refusedByFault) {
     const int pad = bytes[0] >> 4;
-    std::string fault = frame.fault.empty() ? faultOfRequest(bytes) : frame.fault;
-    if (fault.empty()) {
-        fault = faultOfState(bytes);
+    std::string objection = frame.objection.empty() ? objectionToRequest(bytes) : frame.objection;
+    if (objection.empty()) {
+        objection = objectionOfState(bytes);
     }
-    if (!fault.empty()) {
-        return refuse("request frame: " + fault, requestAnswer(pad, kWrongRequest));
+    if (!objection.empty()) {
+        return refuse("request frame: " + objection, requestAnswer(pad, kWrongRequest));
     }
     if (refusedByFault) {
         return refuse("request frame: a fault was asked for", requestAnswer(pad, 0));
@@ -314,8 +320,8 @@ Bytes TerminalModel::answerData(const Frame& frame, const Bytes& bytes, bool ref
     if (m_state != State::loading) {
         return refuse(name + ": no load is under way", blockRefused(kNoLoadUnderWay));
     }
-    if (!frame.fault.empty()) {
-        return refuse(name + ": " + frame.fault, blockRefused(kWrongLength));
+    if (!frame.objection.empty()) {
+        return refuse(name + ": " + frame.objection, blockRefused(kWrongLength));
     }
     const std::size_t length = frame.size - kDataHeaderSize;
     if (m_stored + length > m_announced) {
@@ -336,7 +342,9 @@ Bytes TerminalModel::answerData(const Frame& frame, const Bytes& bytes, bool ref
 }
 
 Bytes TerminalModel::answerEnd(const Bytes& bytes, bool refusedByFault) {
-    m_journal.dataPhaseEnds(m_block, m_stored);
+    if (m_state == State::loading) {
+        m_journal.dataPhaseEnds(m_block, m_stored);
+    }
     if (bytes != kEndFrame) {
         return refuse("ending frame: " + hexadecimal(bytes) + ", expected 02 00 00", kLoadRefused);
     }
@@ -363,6 +371,7 @@ Bytes TerminalModel::answerEnd(const Bytes& bytes, bool refusedByFault) {
 std::vector<Action> TerminalModel::actionsFor(const std::vector<Fault>& faults, Bytes answer) {
     Action action;
     for (const Fault& fault : faults) {
+        trace("shows a fault: " + fault.text);
         applyFault(fault, answer);
         action.delay += fault.kind == FaultKind::late ? fault.time : std::chrono::milliseconds(0);
     }

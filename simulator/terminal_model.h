@@ -42,7 +42,8 @@ private:
     struct Frame {
         Step step;
         std::size_t size;
-        std::string fault; ///< why it is refused before all of it has come; empty when it is not
+        std::string
+            objection; ///< why it is refused before all of it has come; empty when it is not
     };
 
     bool findFrame(Frame& frame);
@@ -52,12 +53,12 @@ private:
     void discardAll(const std::string& reason);
     std::vector<Action> takeFrame(const Frame& frame);
     Bytes answerTo(const Frame& frame, const Bytes& bytes, bool refusedByFault);
-    Bytes acceptanceOf(Step step) const;
+    static Bytes acceptanceOf(Step step, int pad);
     Bytes answerInit(const Bytes& bytes, bool refusedByFault);
     Bytes answerRequest(const Frame& frame, const Bytes& bytes, bool refusedByFault);
     Bytes answerData(const Frame& frame, const Bytes& bytes, bool refusedByFault);
     Bytes answerEnd(const Bytes& bytes, bool refusedByFault);
-    std::string faultOfState(const Bytes& request) const;
+    std::string objectionOfState(const Bytes& request) const;
     Bytes refuse(const std::string& reason, Bytes answer);
     std::vector<Action> actionsFor(const std::vector<Fault>& faults, Bytes answer);
     void trace(const std::string& line);

@@ -25,6 +25,7 @@ void runInChild(const std::vector<std::string>& command, const sigset_t& signals
     UsbTestbed::enterInChild();
     (void)prctl(PR_SET_PDEATHSIG, SIGKILL);
     (void)sigprocmask(SIG_SETMASK, &signals, nullptr);
+    (void)std::signal(SIGPIPE, SIG_DFL); // the testbed ignores it
     std::vector<char*> words;
     words.reserve(command.size() + 1);
     for (const std::string& word : command) {
@@ -48,7 +49,7 @@ int fail(int status, const std::string& message) {
 Descriptor watchEndSignals(sigset_t& before) {
     sigset_t ending;
     (void)sigemptyset(&ending);
-    for (const int signal : {SIGCHLD, SIGTERM, SIGINT}) {
+    for (const int signal : {SIGCHLD, SIGTERM, SIGINT, SIGHUP, SIGQUIT}) {
         (void)sigaddset(&ending, signal);
     }
     struct sigaction onlyEnds {};
