@@ -6,6 +6,8 @@
 #include "devices/device_manager.h"
 #include "loader/loading_thread.h"
 
+#include <QSqlDatabase>
+
 #include <algorithm>
 
 namespace {
@@ -44,5 +46,8 @@ int cmdExec(std::string database, std::string port, std::string pad) {
     // dismantling.
     static VEXAThread* worker = nullptr;
     worker = new VEXAThread(connector);
-    return worker->operate();
+    const int code = worker->operate();
+    // SQLite puts its helper files away as the last one who uses a database leaves.
+    QSqlDatabase::database(QSqlDatabase::defaultConnection, false).close();
+    return code;
 }

@@ -12,22 +12,17 @@ namespace {
 class BadInputTest : public ProgramTest {
 protected:
     static QByteArray notCoherent(const QByteArray& database) {
-        return loadHead(database) +
-               "\nLoading has been started\nThe database is not coherent"
+        return loadHead(database) + kStarted +
+               "\nThe database is not coherent"
                "\nCommunication initialization process failed\n" +
                resultLines(1);
     }
 
     static QByteArray noResponse(const QByteArray& port) {
-        return loadHead("test.db", port) +
-               "\nLoading has been started\nNo response from the terminal"
+        return loadHead("test.db", port) + kStarted +
+               "\nNo response from the terminal"
                "\nCommunication initialization process failed\n" +
                resultLines(14);
-    }
-
-    /// A piece of a shell script that waits until the terminal says something.
-    static QString waitFor(const QString& text) {
-        return "until grep -q '" + text + "' trace; do sleep 0.01; done; ";
     }
 
     /// The request frame that rows of R_DBINFO lead to, from its block length on.
@@ -85,6 +80,32 @@ TEST_F(BadInputTest, AGeneratedColumnIsAColumn) {
                           "NUM_CONCEPT))",
                           "INSERT INTO R_DBINFO (NUM_CONCEPT) VALUES (1), (2)"}),
               "08 80 03 03 C0 00 81 02 76 31 82 02 76 32");
+}
+
+TEST_F(BadInputTest, ATextOfOneByteIsADatabaseToSqlite) {
+    // Its integrity check says so; the terminal then gets that byte.
+    ASSERT_TRUE(writeFile(path("test.db"), "t"));
+    m_environment << "LD_PRELOAD=" VEXA_PATIENT_SELECT;
+    EXPECT_EQ(chargerWithTerminal({"test.db", "/dev/ttyACM0"}).status, 0);
+    EXPECT_EQ(stored(), "t");
+}
+
+TEST_F(BadInputTest, ADatabaseThatACrashHasInterruptedIsCompleted) {
+    makeTestDatabase(kSampleSize);
+    // As a crash leaves it: the journal of a transaction, and pages that are already written.
+    const Outcome crash = run(
+        {"sh", "-c",
+         "sqlite3 crash.db 'PRAGMA page_size=512; CREATE TABLE R_DBINFO (a, b); CREATE TABLE f "
+         "(x); "
+         "INSERT INTO f VALUES (zeroblob(250000));' && "
+         "(printf 'PRAGMA cache_size=5; BEGIN; UPDATE f SET x = randomblob(250000); INSERT INTO f "
+         "VALUES (randomblob(90000));\\n.shell cp crash.db hot.db; cp crash.db-journal "
+         "hot.db-journal\\n' | sqlite3 crash.db)"});
+    ASSERT_EQ(crash.status, 0);
+    ASSERT_TRUE(QFile::exists(path("hot.db-journal")));
+    EXPECT_EQ(chargerWithTerminal({"hot.db", "/dev/ttyACM0"}).status, 0);
+    EXPECT_EQ(stored() == readFile(path("crash.db")), true) << "as before the transaction";
+    EXPECT_FALSE(QFile::exists(path("hot.db-journal")));
 }
 
 TEST_F(BadInputTest, AFolderIsNoDatabase) {
@@ -185,7 +206,7 @@ TEST_F(BadInputTest, ADatabaseThatShrinksDuringTheLoadIsNotCalledLoaded) {
     makeTestDatabase(kSampleSize);
     // The terminal is held up at block 3 until the file is cut behind the program's back.
     const Outcome outcome =
-        run(shellWithTerminal(executable() + " test.db /dev/ttyACM0 & " + waitFor("block 3") +
+        run(shellWithTerminal(executable() + " test.db /dev/ttyACM0 & " + waitForTrace("block 3") +
                                   "truncate -s 100000 test.db; wait $!",
                               {"--fault", "data:3:late=2500"}));
     EXPECT_TRUE(outcome.out.contains("\nNo response for the ending frame"));

@@ -20,8 +20,7 @@ protected:
 };
 
 const QByteArray kSucceeded = "\nLoading succeeded\n\n" + resultLines(0);
-const QByteArray kBegun = "\nLoading has been started"
-                          "\nCommunication initialization process succeeded";
+const QByteArray kBegun = kStarted + kInitSucceeded;
 
 TEST_F(LoadTest, ASampleOfEightBlocks) {
     makeTestDatabase(kSampleSize);
@@ -187,6 +186,14 @@ TEST_F(LoadTest, TheDatabaseIsLeftAsItWas) {
     EXPECT_EQ(QDir(path("")).entryList({"test.db*"}, QDir::Files), QStringList({"test.db"}));
 }
 
+TEST_F(LoadTest, ADatabaseInWalModeIsLeftAloneToo) {
+    makeTestDatabase(kSampleSize);
+    ASSERT_EQ(run({"sqlite3", "test.db", "PRAGMA journal_mode=WAL"}).status, 0);
+    EXPECT_EQ(chargerWithTerminal({"test.db", "/dev/ttyACM0"}).status, 0);
+    EXPECT_EQ(QDir(path("")).entryList({"test.db*"}, QDir::Files), QStringList({"test.db"}));
+    expectStored();
+}
+
 TEST_F(LoadTest, AReadOnlyDatabaseInAReadOnlyFolderIsLoaded) {
     ASSERT_TRUE(QDir().mkdir(path("locked")));
     makeTestDatabase(kSampleSize);
@@ -233,8 +240,7 @@ TEST_F(LoadTest, EachLineIsSeenWhenItIsPrinted) {
 
 TEST_F(LoadTest, AReaderOfTheOutputThatGoesAwayDoesNotEndTheLoad) {
     makeTestDatabase(kSampleSize);
-    const QString command =
-        "'" + commandWithTerminal({"test.db", "/dev/ttyACM0"}).join("' '") + "'";
+    const QString command = quoted(commandWithTerminal({"test.db", "/dev/ttyACM0"}));
     const Outcome outcome = run({"sh", "-c", "{ " + command + "; echo $? >status; } | true"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(readFile(path("status")), "0\n");
@@ -243,8 +249,7 @@ TEST_F(LoadTest, AReaderOfTheOutputThatGoesAwayDoesNotEndTheLoad) {
 
 TEST_F(LoadTest, AFullOutputDoesNotEndTheLoad) {
     makeTestDatabase(kSampleSize);
-    const QString command =
-        "'" + commandWithTerminal({"test.db", "/dev/ttyACM0"}).join("' '") + "'";
+    const QString command = quoted(commandWithTerminal({"test.db", "/dev/ttyACM0"}));
     EXPECT_EQ(run({"sh", "-c", command + " >/dev/full"}).status, 0);
     expectStored();
     EXPECT_EQ(run({"sh", "-c", command + " >&-"}).status, 0);

@@ -88,7 +88,7 @@ TEST_F(LogFileTest, AFullDiskDoesNotDisturbTheLoad) {
     makeTestDatabase(kSampleSize);
     switchLogOn();
     ASSERT_TRUE(QDir().mkdir(path("log")));
-    const QString load = "'" + commandWithTerminal({"test.db", "/dev/ttyACM0"}).join("' '") + "'";
+    const QString load = quoted(commandWithTerminal({"test.db", "/dev/ttyACM0"}));
     const QStringList mounting = withMountsOfItsOwn();
     if (mounting.isEmpty()) {
         GTEST_SKIP() << "neither user namespaces nor root: there is no small disk to fill";

@@ -59,6 +59,14 @@ protected:
     QStringList shellWithTerminal(const QString& script,
                                   const QStringList& terminalOptions = {}) const;
 
+    /// A piece of a shell script that waits until the terminal says something.
+    static QString waitForTrace(const QString& text) {
+        return "until grep -q '" + text + "' trace; do sleep 0.01; done; ";
+    }
+
+    /// A command line as a word of a shell script.
+    static QString quoted(const QStringList& command) { return "'" + command.join("' '") + "'"; }
+
     /// The same command line as an ordinary user, for whom the rights of files count.
     static QStringList asOrdinaryUser(const QStringList& command);
 

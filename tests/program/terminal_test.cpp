@@ -63,6 +63,22 @@ TEST_F(TerminalProgramTest, EndedItselfItEndsItsCommand) {
     EXPECT_EQ(outcome.status, 5);
 }
 
+TEST_F(TerminalProgramTest, ATerminalThatIsHungUpPutsItsThingsAway) {
+    makeTestDatabase(kSampleSize);
+    const QString terminal =
+        quoted(commandWithTerminal({"test.db", "/dev/ttyACM0"}, {"--fault", "data:3:late=60000"}));
+    const Outcome outcome =
+        run({"sh", "-c",
+             "touch trace; (exec " + terminal + " >out) & " + waitForTrace("block 3") +
+                 "kill -HUP $!; wait $!; find store -type f; find . -name 'umockdev.*'"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.out, "");
+}
+
+TEST_F(TerminalProgramTest, ItsCommandHearsOfAReaderThatGoesAway) {
+    EXPECT_EQ(terminal({"--", "sh", "-c", "yes | head -n 1"}).out, "y\n");
+}
+
 TEST_F(TerminalProgramTest, AnAnswerOfAMebibyteIsNoDeadEnd) {
     makeTestDatabase(kSampleSize);
     const Outcome outcome =
@@ -74,10 +90,9 @@ TEST_F(TerminalProgramTest, AnAnswerOfAMebibyteIsNoDeadEnd) {
 
 TEST_F(TerminalProgramTest, AHostThatDiesInAFrameLeavesNothingBehind) {
     makeTestDatabase(kSampleSize);
-    const Outcome outcome = run(shellWithTerminal(
-        "printf '\\057\\300\\004' >/dev/ttyACM0; until grep -q 'line went down' trace; do sleep "
-        "0.01; done; exec " +
-        executable() + " test.db /dev/ttyACM0"));
+    const Outcome outcome = run(shellWithTerminal("printf '\\057\\300\\004' >/dev/ttyACM0; " +
+                                                  waitForTrace("line went down") + "exec " +
+                                                  executable() + " test.db /dev/ttyACM0"));
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(trace().first(), "ttyACM0 discarded 3 bytes that begin with 2F C0 04: the line went "
                                "down in the middle of a frame");
@@ -86,11 +101,10 @@ TEST_F(TerminalProgramTest, AHostThatDiesInAFrameLeavesNothingBehind) {
 
 TEST_F(TerminalProgramTest, AHostThatDiesInALoadLeavesNothingBehind) {
     makeTestDatabase(kSampleSize);
-    const Outcome outcome = run(shellWithTerminal(
-        executable() +
-            " test.db /dev/ttyACM0 >out & until grep -q 'block 3' trace; do sleep 0.01; done; kill "
-            "-9 $!; until grep -q 'line went down' trace; do sleep 0.01; done",
-        {"--fault", "data:3:late=2500"}));
+    const Outcome outcome = run(shellWithTerminal(executable() + " test.db /dev/ttyACM0 >out & " +
+                                                      waitForTrace("block 3") + "kill -9 $!; " +
+                                                      waitForTrace("line went down"),
+                                                  {"--fault", "data:3:late=2500"}));
     EXPECT_EQ(outcome.status, 0);
     EXPECT_TRUE(storedNothing());
     EXPECT_FALSE(readFile(path("out")).contains("Loading succeeded"));

@@ -130,13 +130,18 @@ TEST_F(ConfigFileTest, AnInvalidFileIsReplacedOnTheCommandLineWithoutAsking) {
     }
 }
 
-TEST_F(ConfigFileTest, AFolderInThePlaceOfTheFileLeavesTheRecordAsItIs) {
+TEST_F(ConfigFileTest, AFolderInThePlaceOfTheFileOpensAndHoldsNothing) {
     ASSERT_TRUE(QDir().mkpath(file()));
+    const LogCapture log;
     VEXAConfig cfg{};
     storeText(cfg.Browse, "as it was");
+    cfg.VID = {"of an earlier reading"};
     config_from_file(&cfg);
     EXPECT_STREQ(cfg.Browse, "as it was");
     EXPECT_TRUE(cfg.VID.empty());
+    EXPECT_EQ(log.count("VEXALD => createConfigFile"), 1U);
+    EXPECT_EQ(log.lines()[log.lines().size() - 2],
+              "VEXALD file " + path("bin/config//VEXA_init.ini").toStdString());
 }
 
 TEST_F(ConfigFileTest, AFileThatCannotBeOpenedLeavesTheRecordAsItIs) {
@@ -168,6 +173,13 @@ TEST_F(ConfigFileTest, LinesMayEndWithCarriageReturnAndLineFeed) {
     EXPECT_STREQ(cfg.Browse, "B");
     EXPECT_STREQ(cfg.Close_application, "X");
     EXPECT_EQ(cfg.VID, Lines({"f055"}));
+}
+
+TEST_F(ConfigFileTest, ALineIsCutAtItsFirstCarriageReturn) {
+    writeConfigFile(QByteArray(kValid).replace("&Browse=B", "&Browse=a\rb"));
+    VEXAConfig cfg{};
+    config_from_file(&cfg);
+    EXPECT_STREQ(cfg.Browse, "a");
 }
 
 TEST_F(ConfigFileTest, BlanksBelongToTheValue) {

@@ -222,4 +222,64 @@ TEST_F(ConfigUpdateTest, APipeInThePlaceOfTheFileIsInvalidAndKeepsNobodyWaiting)
     EXPECT_EQ(readFile(file()), defaultConfig());
 }
 
+TEST_F(ConfigUpdateTest, AFileOfSomebodyElseStaysTheirs) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can play two users";
+    }
+    writeConfigFile(kValid);
+    (void)chmod(path("bin").toUtf8().constData(), 0777);
+    (void)chmod(path("bin/config").toUtf8().constData(), 0777);
+    (void)chmod(file().toUtf8().constData(), 0666);
+    EXPECT_TRUE(asOrdinaryUser([] {
+        writeConfig("/new");
+        return true;
+    }));
+    struct stat status {};
+    ASSERT_EQ(stat(file().toUtf8().constData(), &status), 0);
+    EXPECT_EQ(status.st_uid, 0U);
+    EXPECT_TRUE(readFile(file()).contains("&RecentPath=/new\n"));
+}
+
+TEST_F(ConfigUpdateTest, AFileThatCannotBeReplacedIsWrittenOver) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can play two users";
+    }
+    // In a sticky folder, as /tmp is, nobody can rename over another one's file.
+    writeConfigFile("junk");
+    (void)chmod(path("bin").toUtf8().constData(), 0777);
+    (void)chmod(path("bin/config").toUtf8().constData(), 01777);
+    (void)chmod(file().toUtf8().constData(), 0666);
+    EXPECT_TRUE(asOrdinaryUser([] {
+        VEXAConfig cfg{};
+        config_from_file(&cfg);
+        return std::string(cfg.Button_load) == "Charger";
+    }));
+    EXPECT_EQ(readFile(file()), defaultConfig());
+    EXPECT_EQ(QDir(path("bin/config")).entryList(QDir::Files), QStringList({"VEXA_init.ini"}));
+}
+
+TEST_F(ConfigUpdateTest, AFileBeyondAMebibyteStartsNoCopy) {
+    writeConfigFile(kValid + "\n" + QByteArray(1048576, '#'));
+    (void)chmod(file().toUtf8().constData(), 0444);
+    (void)chmod(path("home").toUtf8().constData(), 0777);
+    EXPECT_TRUE(asOrdinaryUser([] {
+        VEXAConfig cfg{};
+        config_from_file(&cfg);
+        return std::string(cfg.Button_load) == "Charger";
+    }));
+    EXPECT_EQ(readFile(path("home/.config/VEXACharger/config/VEXA_init.ini")), defaultConfig());
+}
+
+TEST_F(ConfigUpdateTest, AFileThatMayBeWrittenAndNotReadEndsUpEmpty) {
+    writeConfigFile(kValid);
+    (void)chmod(path("bin").toUtf8().constData(), 0777);
+    (void)chmod(path("bin/config").toUtf8().constData(), 0777);
+    (void)chmod(file().toUtf8().constData(), 0222);
+    EXPECT_TRUE(asOrdinaryUser([] {
+        writeConfig("/new");
+        return true;
+    }));
+    EXPECT_EQ(QFileInfo(file()).size(), 0);
+}
+
 } // namespace

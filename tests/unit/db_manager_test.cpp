@@ -138,6 +138,44 @@ TEST_F(DbManagerTest, AnUnknownTableHasNeitherColumnsNorRows) {
     EXPECT_EQ(manager.getNextData("nowhere"), Texts());
 }
 
+TEST_F(DbManagerTest, ADatabaseWithoutTablesListsNone) {
+    VEXADbManager manager(database({"CREATE TABLE t (x)", "DROP TABLE t"}));
+    EXPECT_TRUE(manager.checkCoherence());
+    EXPECT_EQ(manager.getTableNames(), Texts());
+}
+
+TEST_F(DbManagerTest, ANullIsAnEmptyTextInItsPlace) {
+    VEXADbManager manager(database({"CREATE TABLE t (a, b)", "INSERT INTO t VALUES (NULL, 'x')"}));
+    manager.setQuery("t");
+    EXPECT_EQ(manager.getNextData("t"), Texts({"", "x"}));
+}
+
+TEST_F(DbManagerTest, AValueOfMillionsOfCharactersComesWhole) {
+    VEXADbManager manager(
+        database({"CREATE TABLE t (a)",
+                  "INSERT INTO t VALUES (replace(hex(zeroblob(1048576)), '00', 'aé'))"}));
+    manager.setQuery("t");
+    const Texts row = manager.getNextData("t");
+    ASSERT_EQ(row.size(), 1U);
+    EXPECT_EQ(row[0].size(), 3U * 1048576);
+    EXPECT_EQ(row[0].substr(3U * 1048576 - 6), "aéaé");
+}
+
+TEST_F(DbManagerTest, AMissingFileIsNotMade) {
+    const LogCapture log;
+    VEXADbManager manager(path("nowhere.db"));
+    EXPECT_TRUE(log.contains("VEXALD    Error on opening database file"));
+    EXPECT_FALSE(manager.checkCoherence());
+    EXPECT_FALSE(QFile::exists(QString::fromStdString(path("nowhere.db"))));
+}
+
+TEST_F(DbManagerTest, OnceClosedThereAreNoRows) {
+    VEXADbManager manager(database(twoConcepts()));
+    manager.setQuery("R_DBINFO");
+    manager.closeDatabase();
+    EXPECT_EQ(manager.getNextData("R_DBINFO"), Texts());
+}
+
 TEST_F(DbManagerTest, ACopySharesTheConnectionAndTheCursor) {
     VEXADbManager manager(database(twoConcepts()));
     manager.setQuery("R_DBINFO");

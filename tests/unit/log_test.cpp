@@ -83,6 +83,26 @@ TEST_F(LogTest, ADotMeansTheFolderInTheHomeWhichIsMade) {
                            "VEXALD there"}));
 }
 
+TEST_F(LogTest, WithoutAHomeADotLeavesTheLogClosed) {
+    qunsetenv("HOME");
+    VEXA_logstart("1", ".");
+    EXPECT_EQ(g_logfileStream, nullptr);
+}
+
+TEST_F(LogTest, AHomeThatIsMissingIsNotMade) {
+    qputenv("HOME", path("nowhere").toUtf8());
+    VEXA_logstart("1", ".");
+    EXPECT_EQ(g_logfileStream, nullptr);
+    EXPECT_FALSE(QFile::exists(path("nowhere")));
+}
+
+TEST_F(LogTest, APipeInThePlaceOfTheFileLeavesTheLogClosed) {
+    ASSERT_TRUE(QDir().mkdir(path("log")));
+    ASSERT_EQ(mkfifo(path("log/logVEXA.txt").toUtf8().constData(), 0666), 0);
+    VEXA_logstart("1", path("log").toUtf8().constData());
+    EXPECT_EQ(g_logfileStream, nullptr);
+}
+
 TEST_F(LogTest, AFolderWhoseParentIsMissingLeavesTheLogClosed) {
     VEXA_logstart("1", path("no/such/folder").toUtf8().constData());
     EXPECT_EQ(g_logfileStream, nullptr);
@@ -169,6 +189,14 @@ TEST_F(LogTest, EveryLineIsInTheFileWhenTheCallReturns) {
     EXPECT_EQ(logLines(path("log/logVEXA.txt")).last(), "VEXALD flushed");
 }
 
+TEST_F(LogTest, AFilteredCallFlushesWhatIsWaiting) {
+    VEXA_logstart("1", path("log").toUtf8().constData());
+    (void)std::fputs("waiting", g_logfileStream);
+    g_logLevel = kLogError;
+    VEXALog(kLogInfo, "hidden");
+    EXPECT_TRUE(readFile(path("log/logVEXA.txt")).endsWith("waiting"));
+}
+
 TEST_F(LogTest, AMessageBeyondTheBufferIsCut) {
     const LogCapture log;
     VEXALog(kLogError, "%s", std::string(2000, 'x').c_str());
@@ -217,6 +245,30 @@ TEST_F(LogTest, ANameThatBeginsWithItsOnlyDotGetsTheExtensionAppended) {
     std::strcpy(g_logFileName, ".log");
     VEXALog(kLogInfo, "last");
     EXPECT_EQ(logLines(path(".log.old")).last(), "VEXALD last");
+}
+
+TEST_F(LogTest, AnOldLogIsReplaced) {
+    openLog("logVEXA.txt", kFullFileSize);
+    ASSERT_TRUE(writeFile(path("logVEXA.old"), "of an earlier rotation"));
+    VEXALog(kLogInfo, "last");
+    EXPECT_EQ(logLines(path("logVEXA.old")).last(), "VEXALD last");
+    EXPECT_FALSE(readFile(path("logVEXA.old")).contains("earlier"));
+}
+
+TEST_F(LogTest, AnOldLogThatCannotBeReplacedCostsTheFullOneOnly) {
+    openLog("logVEXA.txt", kFullFileSize);
+    ASSERT_TRUE(QDir().mkpath(path("logVEXA.old/in the way")));
+    VEXALog(kLogInfo, "lost");
+    VEXALog(kLogInfo, "first");
+    EXPECT_EQ(logLines(path("logVEXA.txt")), QStringList({"VEXALD first"}));
+}
+
+TEST_F(LogTest, AFullFileWithoutANameIsNotRotated) {
+    openLog("logVEXA.txt", kFullFileSize);
+    delete[] g_logFileName;
+    g_logFileName = nullptr;
+    VEXALog(kLogInfo, "more");
+    EXPECT_GT(QFileInfo(path("logVEXA.txt")).size(), kFullFileSize);
 }
 
 TEST_F(LogTest, AFailedReopeningEndsTheLog) {

@@ -327,6 +327,45 @@ TEST_F(TerminalModelTest, ABlockRefusedByAFaultIsNotStored) {
     EXPECT_EQ(stored(2), "");
 }
 
+TEST_F(TerminalModelTest, TheRightAnswerInItsOwnPlaceIsAnAcceptance) {
+    start({"init:bytes=F2E0040078012C45BB", "request:bytes=F240020000212A", "end:bytes=050000"});
+    beginLoad();
+    (void)send("01000441424344");
+    EXPECT_EQ(send("020000"), Texts({"05 00 00"}));
+    EXPECT_EQ(stored(2), "ABCD");
+}
+
+TEST_F(TerminalModelTest, AFaultIsTraced) {
+    start({"data:1:silence"});
+    beginLoad();
+    EXPECT_EQ(send("01000441424344"), Texts());
+    EXPECT_EQ(lastTrace(), "ttyACM0 shows a fault: data:1:silence");
+}
+
+TEST_F(TerminalModelTest, ANewInitialisationBreaksOffALoad) {
+    beginLoad();
+    EXPECT_EQ(send(kInit2), Texts({kInitAnswer2}));
+    EXPECT_TRUE(readFile(QString::fromStdString(path("trace")))
+                    .contains("PAD 2: the load is broken off by a new initialisation frame\n"));
+    EXPECT_EQ(send("01000441424344"), Texts({"06 00 00 53"}));
+}
+
+TEST_F(TerminalModelTest, AStoreThatCannotBeWrittenIsAReasonToRefuse) {
+    ASSERT_TRUE(writeFile(QString::fromStdString(path("store")), "in the way"));
+    start({});
+    (void)send(kInit2);
+    EXPECT_EQ(send(kRequest4)[0].substr(0, 14), "F2 40 02 00 02");
+    EXPECT_EQ(lastTrace(),
+              "ttyACM0 refused: request frame: cannot write " + path("store") + "/pad-02.db");
+}
+
+TEST_F(TerminalModelTest, AnEndWithoutALoadTakesNoTime) {
+    std::string error;
+    ASSERT_TRUE(m_journal.open(path("trace"), path("frames"), path("times"), error)) << error;
+    EXPECT_EQ(send("020000"), Texts({"06 00 00"}));
+    EXPECT_FALSE(readFile(QString::fromStdString(path("times"))).contains("blocks"));
+}
+
 TEST_F(TerminalModelTest, FaultsThatAreNotUnderstoodAreExplained) {
     for (const char* text :
          {"", "nowhere:silence", "data:silence", "data:0:silence", "init:odd", "init:short",
