@@ -65,6 +65,7 @@ bool VEXASerialPort::closePort() {
 VEXAPcscPort::VEXAPcscPort(const char* readerName) {
     scripted_ports::events.push_back("pcsc " + std::string(readerName));
 }
+VEXAPcscPort::~VEXAPcscPort() = default;
 bool VEXAPcscPort::ExecuteCommand(unsigned char* in, int inLen, unsigned char* out, int* outLen,
                                   int auxTimeout, int responseTimeoutMs) {
     return scripted_ports::exchange(in, inLen, out, outLen, auxTimeout, responseTimeoutMs);
