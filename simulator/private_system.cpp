@@ -1,0 +1,65 @@
+#include "simulator/private_system.h"
+
+#include "simulator/descriptor.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+namespace simulator {
+
+namespace {
+
+bool write(const char* file, const std::string& text) {
+    const Descriptor descriptor(open(file, O_WRONLY | O_CLOEXEC));
+    return ::write(descriptor.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
+}
+
+bool failed(const char* what, std::string& error) {
+    error = std::string(what) + ": " + std::strerror(errno);
+    return false;
+}
+
+} // namespace
+
+bool leaveCommonSystem(std::string& error) {
+    constexpr int kOwn = CLONE_NEWNS | CLONE_NEWPID;
+    const std::string user = std::to_string(geteuid());
+    const std::string group = std::to_string(getegid());
+    if (unshare(kOwn) == 0) {
+        return true;
+    }
+    if (unshare(kOwn | CLONE_NEWUSER) != 0) {
+        return failed("neither root nor allowed to use user namespaces", error);
+    }
+    if (!write("/proc/self/setgroups", "deny") ||
+        !write("/proc/self/uid_map", "0 " + user + " 1") ||
+        !write("/proc/self/gid_map", "0 " + group + " 1")) {
+        return failed("cannot become root of a user namespace", error);
+    }
+    return true;
+}
+
+bool enterPrivateSystem(const char* hiddenFolder, std::string& error) {
+    (void)prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+        return failed("cannot make the mounts private", error);
+    }
+    if (mount("tmpfs", "/run", "tmpfs", MS_NOSUID | MS_NODEV, "mode=755") != 0) {
+        return failed("cannot mount an empty /run", error);
+    }
+    // Programs find themselves by the common /proc as well, where an own one is forbidden.
+    (void)mount("proc", "/proc", "proc", MS_NOSUID | MS_NODEV | MS_NOEXEC, nullptr);
+    if (access(hiddenFolder, F_OK) == 0 &&
+        mount("tmpfs", hiddenFolder, "tmpfs", MS_NOSUID | MS_NODEV, "mode=755") != 0) {
+        return failed("cannot hide the system's readers", error);
+    }
+    return true;
+}
+
+} // namespace simulator

@@ -1,0 +1,74 @@
+// vexa-reader: runs a command on a system with a PC/SC daemon and simulated readers of its own.
+
+#include "simulator/child_process.h"
+#include "simulator/pcsc_daemon.h"
+#include "simulator/private_system.h"
+
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace simulator;
+
+constexpr int kUsageStatus = 64;    // EX_USAGE of sysexits.h
+constexpr int kNoSystemStatus = 69; // EX_UNAVAILABLE
+
+int fail(int status, const std::string& message) {
+    (void)std::fprintf(stderr, "vexa-reader: %s\n", message.c_str());
+    return status;
+}
+
+/// Runs as the first process of the private system; all others end with it.
+int runInside(const std::vector<std::string>& words, const ReaderOptions& options,
+              const std::string& driver) {
+    std::string error;
+    PcscDaemon daemon(driver);
+    if (!enterPrivateSystem(kSystemDrivers, error) ||
+        (options.daemon && !daemon.start(words, options, error)) ||
+        !holdReaders(options.readers, error)) {
+        return fail(kNoSystemStatus, error);
+    }
+    return statusOf(startCommand(options.command));
+}
+
+/// The driver runs in another folder, so it is told where the files lie from the root on.
+std::vector<std::string> withAbsolutePaths(std::vector<std::string> words) {
+    const std::vector<std::string> fileOptions = {"--store", "--trace", "--frames", "--exchanges"};
+    for (std::size_t i = 0; i + 1 < words.size() && words[i] != "--"; ++i) {
+        for (const std::string& option : fileOptions) {
+            if (words[i] == option && words[i + 1] != "-" && !words[i + 1].empty()) {
+                words[i + 1] = std::filesystem::absolute(words[i + 1]);
+            }
+        }
+    }
+    return words;
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    const std::vector<std::string> words =
+        withAbsolutePaths(std::vector<std::string>(argv + 1, argv + argc));
+    std::string error;
+    const std::optional<ReaderOptions> options = parseReaderOptions(words, error);
+    if (!options) {
+        return fail(kUsageStatus, error + "; --help says more");
+    }
+    if (options->help) {
+        (void)std::fputs(readerHelpText().c_str(), stdout);
+        return 0;
+    }
+    const std::string driver = driverFile();
+    if (!leaveCommonSystem(error)) {
+        return fail(kNoSystemStatus, error);
+    }
+    const pid_t inside = fork();
+    if (inside == 0) {
+        return runInside(words, *options, driver);
+    }
+    return inside < 0 ? fail(kNoSystemStatus, "cannot start a process") : statusOf(inside);
+}
