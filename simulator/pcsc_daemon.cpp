@@ -75,10 +75,11 @@ bool hold(SCARDCONTEXT context, const char* name) {
 
 } // namespace
 
-std::string driverFile() {
+std::string driverFile(const std::string& calledAs) {
     std::error_code error;
     const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
-    return self.parent_path() / "libvexa_terminal_ifd.so";
+    return std::filesystem::absolute(error ? calledAs : self.string()).parent_path() /
+           "libvexa_terminal_ifd.so";
 }
 
 bool PcscDaemon::writeConfig(const std::vector<std::string>& words,

@@ -16,7 +16,8 @@ extern const char* const kSystemDrivers;
 
 /// The driver of the simulated readers. Asked for before a private system is entered: from there
 /// our own executable has another path.
-std::string driverFile();
+/// \param calledAs our first argument, for a system without /proc
+std::string driverFile(const std::string& calledAs);
 
 class PcscDaemon {
 public:

@@ -62,7 +62,7 @@ int main(int argc, char* argv[]) {
         (void)std::fputs(readerHelpText().c_str(), stdout);
         return 0;
     }
-    const std::string driver = driverFile();
+    const std::string driver = driverFile(argv[0]);
     if (!leaveCommonSystem(error)) {
         return fail(kNoSystemStatus, error);
     }
