@@ -24,6 +24,7 @@ constexpr char kHelpHead[] =
     "  --frames FILE      write down every frame (>) and every answer (<) in hexadecimal\n"
     "  --exchanges FILE   write down every escape exchange: reader, control code, capacity that\n"
     "                     the daemon gives, bytes sent (>) and answered (<)\n"
+    "  --times FILE       write down when each escape exchange began and ended, in seconds\n"
     "  --help             this text\n"
     "\n"
     "  --reader NAME      connect a reader of this name; may be repeated, and what follows is "
@@ -36,6 +37,7 @@ constexpr char kHelpHead[] =
     "  --slots N          the number of its slots (default: 1)\n"
     "  --features HEX     its feature list (default: 130442330001); none: the question is refused\n"
     "  --escape-code HEX  the control code of its escapes (default: 42000000)\n"
+    "  --rate N           N bytes a second pass between it and the host, both ways together\n"
     "  --held yes         another program holds it for itself\n"
     "  --fault FAULT      its terminal shows a fault, see below; may be repeated\n"
     "  --escape N:FAULT   the N-th escape exchange goes wrong: fail (it is refused), bytes=HEX "
@@ -160,9 +162,9 @@ private:
 
     bool storeText(const std::string& word, const std::string& value) {
         const std::pair<const char*, std::string*> texts[] = {
-            {"--store", &m_options.storeFolder},    {"--trace", &m_options.traceFile},
-            {"--frames", &m_options.frameFile},     {"--exchanges", &m_options.exchangeFile},
-            {"--daemon-log", &m_options.daemonLog},
+            {"--store", &m_options.storeFolder}, {"--trace", &m_options.traceFile},
+            {"--frames", &m_options.frameFile},  {"--exchanges", &m_options.exchangeFile},
+            {"--times", &m_options.timeFile},    {"--daemon-log", &m_options.daemonLog},
         };
         for (const auto& [name, text] : texts) {
             if (word == name) {
@@ -212,6 +214,10 @@ private:
         if (word == "--slots") {
             reader.slots = parseNumber(value).value_or(0);
             return reader.slots > 0 && reader.slots <= kMostSlots;
+        }
+        if (word == "--rate") {
+            reader.bytesPerSecond = parseNumber(value).value_or(0);
+            return reader.bytesPerSecond != 0;
         }
         if (word == "--held") {
             reader.held = true;

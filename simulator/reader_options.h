@@ -32,7 +32,8 @@ struct ReaderDescription {
     std::optional<Bytes> features; ///< as they are answered; none: the question is refused
     std::uint32_t escapeCode = 0;  ///< the one control code that is taken for an escape
     unsigned long slots = 1;
-    bool held = false; ///< another program holds it for itself
+    unsigned long bytesPerSecond = 0; ///< 0: as fast as it goes
+    bool held = false;                ///< another program holds it for itself
     std::vector<Fault> faults;
     std::vector<EscapeFault> escapeFaults;
 };
@@ -42,6 +43,7 @@ struct ReaderOptions {
     std::string traceFile;
     std::string frameFile;
     std::string exchangeFile;
+    std::string timeFile;
     std::string daemonLog = "/dev/null";
     std::vector<ReaderDescription> readers;
     bool daemon = true;

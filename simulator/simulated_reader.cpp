@@ -17,12 +17,17 @@ const Bytes kAnswerHead = {0x91, 0x00};
 
 } // namespace
 
-ExchangeLog::ExchangeLog(const std::string& file)
-    : m_file(file.empty() ? nullptr : std::fopen(file.c_str(), "w")) {
+ExchangeLog::ExchangeLog(const std::string& file, const std::string& timeFile)
+    : m_file(create(file)), m_times(create(timeFile)) {
+}
+
+ExchangeLog::File ExchangeLog::create(const std::string& name) {
+    return File(name.empty() ? nullptr : std::fopen(name.c_str(), "w"));
 }
 
 void ExchangeLog::sent(const std::string& reader, std::uint32_t code, std::size_t capacity,
                        const Bytes& bytes) {
+    m_begin = std::chrono::steady_clock::now();
     if (m_file) {
         (void)std::fprintf(m_file.get(), "> %s %08X capacity %zu size %zu %s\n", reader.c_str(),
                            code, capacity, bytes.size(), hexadecimal(bytes).c_str());
@@ -31,6 +36,13 @@ void ExchangeLog::sent(const std::string& reader, std::uint32_t code, std::size_
 }
 
 void ExchangeLog::answered(const Bytes& bytes, bool failed) {
+    if (m_times) {
+        using Seconds = std::chrono::duration<double>;
+        const Seconds begin = m_begin.time_since_epoch();
+        const Seconds end = std::chrono::steady_clock::now().time_since_epoch();
+        (void)std::fprintf(m_times.get(), "%.9f %.9f\n", begin.count(), end.count());
+        (void)std::fflush(m_times.get());
+    }
     if (m_file) {
         (void)std::fprintf(m_file.get(), "< %s%s\n", failed ? "failed " : "",
                            hexadecimal(bytes).c_str());
@@ -48,6 +60,11 @@ SimulatedReader::Result SimulatedReader::exchange(std::uint32_t code, const Byte
                                                   std::size_t capacity, Bytes& answer) {
     m_log.sent(m_name, code, capacity, sent);
     const Result result = answerTo(code, sent, capacity, answer);
+    if (m_description.bytesPerSecond != 0) {
+        std::this_thread::sleep_for(
+            std::chrono::duration<double>(static_cast<double>(sent.size() + answer.size()) /
+                                          static_cast<double>(m_description.bytesPerSecond)));
+    }
     m_log.answered(answer, result != Result::done);
     return result;
 }

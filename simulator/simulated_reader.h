@@ -4,6 +4,7 @@
 #include "simulator/reader_options.h"
 #include "simulator/terminal_model.h"
 
+#include <chrono>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -13,8 +14,9 @@ namespace simulator {
 /// Writes down the escape exchanges of all readers, one line each way.
 class ExchangeLog {
 public:
-    /// \param file an empty name means no log
-    explicit ExchangeLog(const std::string& file);
+    /// \param file     takes the bytes; an empty name means none
+    /// \param timeFile takes beginning and end of each exchange, on the monotonic clock
+    ExchangeLog(const std::string& file, const std::string& timeFile);
 
     void sent(const std::string& reader, std::uint32_t code, std::size_t capacity,
               const Bytes& bytes);
@@ -25,7 +27,12 @@ private:
     struct Closer {
         void operator()(std::FILE* file) const { (void)std::fclose(file); }
     };
-    std::unique_ptr<std::FILE, Closer> m_file;
+    using File = std::unique_ptr<std::FILE, Closer>;
+    static File create(const std::string& name);
+
+    File m_file;
+    File m_times;
+    std::chrono::steady_clock::time_point m_begin;
 };
 
 class SimulatedReader {

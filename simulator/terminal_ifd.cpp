@@ -30,7 +30,7 @@ const Bytes kCard = {0x3B, 0x00}; // the shortest answer to reset
 class Readers {
 public:
     explicit Readers(ReaderOptions options)
-        : m_options(std::move(options)), m_log(m_options.exchangeFile) {
+        : m_options(std::move(options)), m_log(m_options.exchangeFile, m_options.timeFile) {
         std::string error;
         (void)m_journal.open(m_options.traceFile, m_options.frameFile, "", error);
     }

@@ -37,7 +37,8 @@ int runInside(const std::vector<std::string>& words, const ReaderOptions& option
 
 /// The driver runs in another folder, so it is told where the files lie from the root on.
 std::vector<std::string> withAbsolutePaths(std::vector<std::string> words) {
-    const std::vector<std::string> fileOptions = {"--store", "--trace", "--frames", "--exchanges"};
+    const std::vector<std::string> fileOptions = {"--store", "--trace", "--frames", "--exchanges",
+                                                  "--times"};
     for (std::size_t i = 0; i + 1 < words.size() && words[i] != "--"; ++i) {
         for (const std::string& option : fileOptions) {
             if (words[i] == option && words[i + 1] != "-" && !words[i + 1].empty()) {

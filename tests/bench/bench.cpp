@@ -146,6 +146,38 @@ struct Pair {
     double theirs;
 };
 
+/// Seconds from the first to the last of a load's four escape exchanges, by the program and by the
+/// yardstick, through the same daemon; a load by the yardstick goes before, to warm it up.
+Pair loadThroughReader(const Words& readerOptions) {
+    const std::string times = folder + "/reader-times";
+    const std::string onProcessor =
+        VEXA_MEASURE " " + folder + "/measured " + std::to_string(kHostProcessor) + " ";
+    const std::string bare =
+        onProcessor + VEXA_BARE_ESCAPES " " + database("reader") + " 'Halvorin Terminal 00 00'";
+    const std::string ours = onProcessor + VEXA_EXECUTABLE " " + database("reader") + " PCSC 2";
+    Words command = {VEXA_READER, "--store", folder + "/store", "--times", times};
+    command.insert(command.end(), readerOptions.begin(), readerOptions.end());
+    const Words program = {"--", "sh", "-c", bare + " && " + ours + " && " + bare};
+    command.insert(command.end(), program.begin(), program.end());
+    if (runMeasured(command, kTerminalProcessor).status != 0) {
+        fail("a load through a reader");
+    }
+    constexpr int kLoads = 3;
+    constexpr int kExchanges = 4;
+    std::ifstream stream(times);
+    double taken[kLoads] = {};
+    for (double& load : taken) {
+        for (int i = 0; i < kExchanges; ++i) {
+            double begin = 0;
+            double end = 0;
+            stream >> begin >> end;
+            load += i == 0 ? -begin : 0;
+            load += i == kExchanges - 1 ? end : 0;
+        }
+    }
+    return {taken[1], taken[2]};
+}
+
 /// Measures pairs and prints a line of the table.
 /// \param difference the figure is ours less theirs, not ours divided by theirs
 void report(const char* what, const char* unit, double limit, bool difference,
@@ -218,6 +250,14 @@ int main(int argc, char* argv[]) {
             1e3 * load(charger("small")).firstByte,
             1e3 *
                 runOnTestbed({VEXA_EMPTY_WIDGETS, "-platform", "minimal"}, folder + "/times").wall};
+    });
+    report("7a load of 30717 bytes, reader at 1.2 MB/s / bare escapes", "ms", 1.10, false, [] {
+        const Pair seconds = loadThroughReader({"--rate", "1200000"});
+        return Pair{1e3 * seconds.ours, 1e3 * seconds.theirs};
+    });
+    report("7b the same, reader of no delay: difference", "ms", 1.00, true, [] {
+        const Pair seconds = loadThroughReader({});
+        return Pair{1e3 * seconds.ours, 1e3 * seconds.theirs};
     });
     return 0;
 }
