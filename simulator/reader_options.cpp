@@ -212,8 +212,8 @@ private:
             return parseCode(value).has_value();
         }
         if (word == "--slots") {
-            reader.slots = parseNumber(value).value_or(0);
-            return reader.slots > 0 && reader.slots <= kMostSlots;
+            reader.slotCount = parseNumber(value).value_or(0);
+            return reader.slotCount > 0 && reader.slotCount <= kMostSlots;
         }
         if (word == "--rate") {
             reader.bytesPerSecond = parseNumber(value).value_or(0);

@@ -31,7 +31,7 @@ struct ReaderDescription {
     std::optional<std::string> serial;
     std::optional<Bytes> features; ///< as they are answered; none: the question is refused
     std::uint32_t escapeCode = 0;  ///< the one control code that is taken for an escape
-    unsigned long slots = 1;
+    unsigned long slotCount = 1;
     unsigned long bytesPerSecond = 0; ///< 0: as fast as it goes
     bool held = false;                ///< another program holds it for itself
     std::vector<Fault> faults;

@@ -145,7 +145,7 @@ RESPONSECODE IFDHGetCapabilities(DWORD lun, DWORD tag, PDWORD length, PUCHAR val
     }
     switch (tag) {
     case TAG_IFD_SLOTS_NUMBER:
-        return give({static_cast<std::uint8_t>(reader->description().slots)}, length, value);
+        return give({static_cast<std::uint8_t>(reader->description().slotCount)}, length, value);
     case TAG_IFD_ATR:
     case SCARD_ATTR_ATR_STRING:
         return give(reader->description().held ? kCard : Bytes(), length, value);
