@@ -9,6 +9,7 @@
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace simulator {
@@ -27,26 +28,28 @@ bool failed(const char* what, std::string& error) {
 
 } // namespace
 
-bool leaveCommonSystem(std::string& error) {
-    constexpr int kOwn = CLONE_NEWNS | CLONE_NEWPID;
-    const std::string user = std::to_string(geteuid());
-    const std::string group = std::to_string(getegid());
-    if (unshare(kOwn) == 0) {
-        return true;
+pid_t PrivateSystem::fork(std::string& error) {
+    constexpr int kOwn = CLONE_NEWNS | CLONE_NEWPID | SIGCHLD;
+    m_user = std::to_string(geteuid());
+    m_group = std::to_string(getegid());
+    long child = syscall(SYS_clone, kOwn, nullptr, nullptr, nullptr, nullptr);
+    if (child < 0) {
+        m_hasUserNamespace = true;
+        child = syscall(SYS_clone, kOwn | CLONE_NEWUSER, nullptr, nullptr, nullptr, nullptr);
     }
-    if (unshare(kOwn | CLONE_NEWUSER) != 0) {
-        return failed("neither root nor allowed to use user namespaces", error);
+    if (child < 0) {
+        (void)failed("neither root nor allowed to use user namespaces", error);
     }
-    if (!write("/proc/self/setgroups", "deny") ||
-        !write("/proc/self/uid_map", "0 " + user + " 1") ||
-        !write("/proc/self/gid_map", "0 " + group + " 1")) {
-        return failed("cannot become root of a user namespace", error);
-    }
-    return true;
+    return static_cast<pid_t>(child);
 }
 
-bool enterPrivateSystem(const char* hiddenFolder, std::string& error) {
+bool PrivateSystem::enter(const char* hiddenFolder, std::string& error) const {
     (void)prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (m_hasUserNamespace && (!write("/proc/self/setgroups", "deny") ||
+                               !write("/proc/self/uid_map", "0 " + m_user + " 1") ||
+                               !write("/proc/self/gid_map", "0 " + m_group + " 1"))) {
+        return failed("cannot become root of a user namespace", error);
+    }
     if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
         return failed("cannot make the mounts private", error);
     }

@@ -1,17 +1,27 @@
 // A part of the system that nobody outside sees: mounts and processes of its own.
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 
 namespace simulator {
 
-/// Takes the calling process out of the mounts, and its children out of the processes, of the
-/// others; as an ordinary user by way of a user namespace. The next child is the first process of
-/// the new system and must call enterPrivateSystem; all others end with it.
-/// \return false, with the reason in `error`, when neither the right to nor user namespaces exist
-bool leaveCommonSystem(std::string& error);
+class PrivateSystem {
+public:
+    /// Forks; the child is the first process of the private system, and all others there end with
+    /// it. For an ordinary user it is in a user namespace. The caller stays where it is.
+    /// \return as fork; -1, with the reason in `error`, when neither the right to nor user
+    ///         namespaces exist
+    pid_t fork(std::string& error);
 
-/// Called in the first child. /run is empty then and so is `hiddenFolder`, if it exists.
-bool enterPrivateSystem(const char* hiddenFolder, std::string& error);
+    /// Called in the child: it is root there, and /run and `hiddenFolder`, if it exists, are empty.
+    bool enter(const char* hiddenFolder, std::string& error) const;
+
+private:
+    std::string m_user;
+    std::string m_group;
+    bool m_hasUserNamespace = false;
+};
 
 } // namespace simulator

@@ -24,10 +24,10 @@ int fail(int status, const std::string& message) {
 
 /// Runs as the first process of the private system; all others end with it.
 int runInside(const std::vector<std::string>& words, const ReaderOptions& options,
-              const std::string& driver) {
+              const std::string& driver, const PrivateSystem& system) {
     std::string error;
     PcscDaemon daemon(driver);
-    if (!enterPrivateSystem(kSystemDrivers, error) ||
+    if (!system.enter(kSystemDrivers, error) ||
         (options.daemon && !daemon.start(words, options, error)) ||
         !holdReaders(options.readers, error)) {
         return fail(kNoSystemStatus, error);
@@ -64,12 +64,10 @@ int main(int argc, char* argv[]) {
         return 0;
     }
     const std::string driver = driverFile(argv[0]);
-    if (!leaveCommonSystem(error)) {
-        return fail(kNoSystemStatus, error);
-    }
-    const pid_t inside = fork();
+    PrivateSystem system;
+    const pid_t inside = system.fork(error);
     if (inside == 0) {
-        return runInside(words, *options, driver);
+        return runInside(words, *options, driver, system);
     }
-    return inside < 0 ? fail(kNoSystemStatus, "cannot start a process") : statusOf(inside);
+    return inside < 0 ? fail(kNoSystemStatus, error) : statusOf(inside);
 }
