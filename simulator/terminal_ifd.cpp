@@ -175,10 +175,10 @@ RESPONSECODE IFDHPowerICC(DWORD /*lun*/, DWORD action, PUCHAR atr, PDWORD atrLen
     return give(kCard, atrLength, atr);
 }
 
-RESPONSECODE IFDHTransmitToICC(DWORD /*lun*/, SCARD_IO_HEADER /*sendPci*/, PUCHAR /*sent*/,
-                               DWORD /*sentLength*/, PUCHAR /*answer*/, PDWORD answerLength,
-                               PSCARD_IO_HEADER /*receivePci*/) {
-    *answerLength = 0;
+RESPONSECODE IFDHTransmitToICC(DWORD /*lun*/, SCARD_IO_HEADER /*sendPci*/, PUCHAR /*txBuffer*/,
+                               DWORD /*txLength*/, PUCHAR /*rxBuffer*/, PDWORD rxLength,
+                               PSCARD_IO_HEADER /*recvPci*/) {
+    *rxLength = 0;
     return IFD_COMMUNICATION_ERROR;
 }
 
@@ -191,8 +191,8 @@ RESPONSECODE IFDHICCPresence(DWORD lun) {
     return reader->description().held ? IFD_ICC_PRESENT : IFD_ICC_NOT_PRESENT;
 }
 
-RESPONSECODE IFDHControl(DWORD lun, DWORD code, PUCHAR sent, DWORD sentLength, PUCHAR answer,
-                         DWORD capacity, LPDWORD returned) {
+RESPONSECODE IFDHControl(DWORD lun, DWORD code, PUCHAR txBuffer, DWORD txLength, PUCHAR rxBuffer,
+                         DWORD rxLength, LPDWORD returned) {
     const std::lock_guard<std::mutex> lock(g_mutex);
     *returned = 0;
     SimulatedReader* reader = readerAt(lun);
@@ -207,13 +207,13 @@ RESPONSECODE IFDHControl(DWORD lun, DWORD code, PUCHAR sent, DWORD sentLength, P
         bytes = *reader->description().features;
     } else {
         const auto result = reader->exchange(static_cast<std::uint32_t>(code),
-                                             Bytes(sent, sent + sentLength), capacity, bytes);
+                                             Bytes(txBuffer, txBuffer + txLength), rxLength, bytes);
         if (result != SimulatedReader::Result::done) {
             return codeOf(result);
         }
     }
-    *returned = capacity;
-    const RESPONSECODE given = give(bytes, returned, answer);
+    *returned = rxLength;
+    const RESPONSECODE given = give(bytes, returned, rxBuffer);
     *returned = given == IFD_SUCCESS ? *returned : 0;
     return given;
 }

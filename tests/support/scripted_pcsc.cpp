@@ -8,6 +8,7 @@ namespace scripted_pcsc {
 std::vector<Reader> readers;
 LONG establishing = SCARD_S_SUCCESS;
 LONG listing = SCARD_S_SUCCESS;
+bool terminatesList = true;
 std::vector<Control> controls;
 std::vector<Answer> answers;
 std::vector<std::string> calls;
@@ -15,6 +16,7 @@ std::vector<std::string> calls;
 void reset() {
     readers.clear();
     establishing = listing = SCARD_S_SUCCESS;
+    terminatesList = true;
     controls.clear();
     answers.clear();
     calls.clear();
@@ -57,6 +59,9 @@ LONG SCardListReaders(SCARDCONTEXT /*context*/, LPCSTR /*groups*/, LPSTR names, 
         list += reader.name + '\0';
     }
     list += '\0';
+    if (!terminatesList) {
+        list.resize(list.size() - 2);
+    }
     if (listing != SCARD_S_SUCCESS) {
         return listing;
     }

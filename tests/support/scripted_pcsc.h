@@ -46,6 +46,7 @@ extern LONG establishing;             ///< result of asking for a context
 extern LONG listing;                  ///< result of listing the readers
 extern std::vector<Control> controls; ///< the control exchanges so far
 extern std::vector<Answer> answers;   ///< those to come; when they run out, exchanges fail
+extern bool terminatesList;           ///< false: the list of names lacks both terminators
 /// All other calls, for instance "connect Reader share 3 protocol 1", in order.
 extern std::vector<std::string> calls;
 

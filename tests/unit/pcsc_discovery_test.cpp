@@ -185,6 +185,11 @@ TEST_F(PcscDiscoveryTest, NamesOfMultiByteCharactersAreCountedInBytes) {
               Lines({name + "|" + name + " (A1)", "T 01 00|T 01 00 (B2)"}));
 }
 
+TEST_F(PcscDiscoveryTest, AListWithoutItsEndIsReadToTheEndOnly) {
+    scripted_pcsc::terminatesList = false;
+    EXPECT_EQ(names({reader("T 00 00", text("A1"))}), Lines({"T 00 00|T 00 00 (A1)"}));
+}
+
 TEST_F(PcscDiscoveryTest, WithoutReadersNothingIsFoundAndTheContextReleased) {
     EXPECT_EQ(names({}), Lines());
     EXPECT_EQ(scripted_pcsc::calls, Lines({"establish scope 2", "release"}));

@@ -47,7 +47,7 @@ protected:
     static Exchange exchange(Bytes in, int inLen, int outLen, const Answer& answer) {
         scripted_pcsc::answers = {{}, answer};
         VEXAPcscPort port(kReader);
-        Exchange done{false, outLen, Bytes(static_cast<std::size_t>(std::max(outLen, 0)), 0xEE)};
+        Exchange done{false, outLen, Bytes(static_cast<std::size_t>(std::max(outLen, 1)), 0xEE)};
         in.resize(std::max<std::size_t>(in.size(), 1));
         done.result =
             port.ExecuteCommand(in.data(), inLen, done.out.data(), &done.outLen, 500, 3000);
@@ -214,6 +214,8 @@ TEST_F(PcscPortTest, AnAnnouncedAnswerAboveTheCapacityIsNotTrusted) {
     EXPECT_TRUE(done.result);
     EXPECT_EQ(done.outLen, 3);
     EXPECT_EQ(done.out, Bytes({3, 4, 5}));
+    // Nor above the exchange buffer.
+    EXPECT_EQ(exchange({1}, 40000, {0, {1, 2, 3}, 40002}).outLen, 30719);
 }
 
 TEST_F(PcscPortTest, AnAnswerOfTwoBytesIsAnEmptySuccess) {
