@@ -251,12 +251,12 @@ int main(int argc, char* argv[]) {
             1e3 *
                 runOnTestbed({VEXA_EMPTY_WIDGETS, "-platform", "minimal"}, folder + "/times").wall};
     });
-    report("7a load of 30717 bytes, reader at 1.2 MB/s / bare escapes", "ms", 1.10, false, [] {
-        const Pair seconds = loadThroughReader({"--rate", "1200000"});
+    report("7a load of 30717 bytes through a reader / bare escapes", "ms", 1.10, false, [] {
+        const Pair seconds = loadThroughReader({});
         return Pair{1e3 * seconds.ours, 1e3 * seconds.theirs};
     });
-    report("7b the same, reader of no delay: difference", "ms", 1.00, true, [] {
-        const Pair seconds = loadThroughReader({});
+    report("7b the same, reader paced at 1.2 MB/s", "ms", 1.10, false, [] {
+        const Pair seconds = loadThroughReader({"--rate", "1200000"});
         return Pair{1e3 * seconds.ours, 1e3 * seconds.theirs};
     });
     return 0;
