@@ -4,6 +4,7 @@
 #include "app/display.h"
 #include "app/run_mode.h"
 #include "app/toolkit_messages.h"
+#include "app/window_mode.h"
 #include "configuration/config.h"
 #include "configuration/config_reader.h"
 
@@ -12,7 +13,6 @@
 #include <QTextCodec>
 
 #include <csignal>
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -43,11 +43,6 @@ int runCommandLine(const std::vector<std::string>& arguments) {
     return result;
 }
 
-int runWindow() {
-    (void)std::fprintf(stderr, "The window is not built into this VEXACharger.\n");
-    return 1;
-}
-
 } // namespace
 
 int main(int argc, char* argv[]) {
@@ -58,12 +53,21 @@ int main(int argc, char* argv[]) {
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
 
     const bool inCmdMode = argc != 1;
+    if (!inCmdMode) {
+        prepareDisplay();
+    }
     ApplicationArguments applicationArguments(argc > 0 ? argv[0] : "VEXACharger", inCmdMode);
     const QApplication application(applicationArguments.count, applicationArguments.values.data());
+    if (!inCmdMode) {
+        adaptToDisplay();
+    }
     const QString localeName = QLocale::system().name();
     g_inCmdMode = inCmdMode;
     g_configParams = VEXAConfig{};
     config_from_file(&g_configParams);
     printConfig(&g_configParams);
-    return inCmdMode ? runCommandLine({argv, argv + argc}) : runWindow();
+    if (inCmdMode) {
+        return runCommandLine({argv, argv + argc});
+    }
+    return runWindow(localeName);
 }
