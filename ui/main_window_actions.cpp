@@ -162,7 +162,7 @@ void VEXAInterface::slot_close() {
 
 void VEXAInterface::applyLoadingState() {
     cancelButton->setEnabled(true);
-    if (loadButton->hasFocus()) {
+    if (focusWidget() == loadButton) {
         cancelButton->setFocus();
     }
     loadButton->setEnabled(false);
@@ -178,7 +178,7 @@ void VEXAInterface::applyIdleState() {
     browseButton->setEnabled(true);
     deviceCombo->setEnabled(true);
     dbPathEdit->setEnabled(true);
-    if (cancelButton->hasFocus()) {
+    if (focusWidget() == cancelButton) {
         loadButton->setFocus();
     }
     cancelButton->setEnabled(false);
