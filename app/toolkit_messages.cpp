@@ -18,6 +18,7 @@ constexpr const char* kHarmlessWarnings[] = {
     "QSqlDatabasePrivate::addDatabase: duplicate connection",    // the next load of a window
     "QSqlDatabasePrivate::removeDatabase: connection 'qt_sql_d", // likewise
     "Qt: Session management error",                              // a desktop of another user
+    "QXcbConnection: XCB error",                                 // a window that has just gone
     "This plugin does not support",                              // a display without windows
     "could not connect to display",                              // what follows is said below
     "Could not load the Qt platform plugin",                     // likewise

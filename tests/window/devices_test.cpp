@@ -1,6 +1,6 @@
 // The list of terminals, and when a load is allowed.
 
-#include "tests/window/window_fixture.h"
+#include "tests/window/scripted_window.h"
 
 #include <QDir>
 #include <QFileDialog>
@@ -10,7 +10,7 @@ namespace {
 using listed_devices::reader;
 using listed_devices::terminal;
 
-class DevicesTest : public WindowTest {};
+class DevicesTest : public ScriptedWindowTest {};
 
 TEST_F(DevicesTest, WithoutATerminalTheWindowOpensWithEverythingEnabled) {
     openWindow();
@@ -74,7 +74,7 @@ TEST_F(DevicesTest, ALoadIsAllowedOnceThereAreATerminalAndAPath) {
     EXPECT_FALSE(button("loadButton")->isEnabled());
 }
 
-class ChoosingTest : public WindowTest {
+class ChoosingTest : public ScriptedWindowTest {
 protected:
     ChoosingTest() {
         (void)QDir().mkpath(path("bin/config"));

@@ -1,13 +1,13 @@
 // Where everything stands in the window, and how it looks.
 
-#include "tests/window/window_fixture.h"
+#include "tests/window/scripted_window.h"
 
 #include <QCoreApplication>
 #include <QPainter>
 
 namespace {
 
-class LayoutTest : public WindowTest {
+class LayoutTest : public ScriptedWindowTest {
 protected:
     QRect place(const char* name) const { return child<QWidget>(name)->geometry(); }
 

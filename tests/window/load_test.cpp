@@ -1,6 +1,6 @@
 // A load from the window: its states, its progress, its end, and how it is cancelled.
 
-#include "tests/window/window_fixture.h"
+#include "tests/window/scripted_window.h"
 
 #include "ui/load_worker.h"
 
@@ -8,7 +8,7 @@ namespace {
 
 using listed_devices::terminal;
 
-class WindowLoadTest : public WindowTest {
+class WindowLoadTest : public ScriptedWindowTest {
 protected:
     WindowLoadTest() {
         storeText(g_configParams.PAD_number, "2");

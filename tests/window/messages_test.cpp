@@ -1,12 +1,12 @@
 // The slots that tell how a load goes, called as a worker calls them.
 
-#include "tests/window/window_fixture.h"
+#include "tests/window/scripted_window.h"
 
 #include <QMessageBox>
 
 namespace {
 
-class MessagesTest : public WindowTest {
+class MessagesTest : public ScriptedWindowTest {
 protected:
     MessagesTest() { openWindow(); }
 };
@@ -96,7 +96,7 @@ TEST_F(MessagesTest, EverySlotIsTraced) {
     }
 }
 
-class KeyboardTest : public WindowTest {
+class KeyboardTest : public ScriptedWindowTest {
 protected:
     KeyboardTest() {
         storeText(g_configParams.PAD_number, "2");

@@ -7,39 +7,8 @@
 
 #include <QDir>
 
-#include <chrono>
-
-void Gate::pass(std::size_t exchange) {
-    std::unique_lock<std::mutex> lock(m_mutex);
-    if (exchange == m_heldAt) {
-        m_isHolding = true;
-        m_changed.notify_all();
-        m_changed.wait(lock, [this] { return m_heldAt == 0; });
-        m_isHolding = false;
-    }
-}
-
-void Gate::holdAt(std::size_t exchange) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_heldAt = exchange;
-}
-
-bool Gate::waitForWorker() {
-    std::unique_lock<std::mutex> lock(m_mutex);
-    return m_changed.wait_for(lock, std::chrono::seconds(30), [this] { return m_isHolding; });
-}
-
-void Gate::open() {
-    holdAt(0);
-    m_changed.notify_all();
-}
-
 WindowTest::WindowTest() {
     g_inCmdMode = false;
-    scripted_ports::reset();
-    scripted_ports::afterExchange = [this](std::size_t exchange) { m_gate.pass(exchange); };
-    listed_devices::serial.clear();
-    listed_devices::readers.clear();
     (void)QDir().mkdir(path("bin"));
     chosenExecutable = path("bin/VEXACharger").toStdString();
     PreviousdbName.clear();
@@ -49,7 +18,6 @@ WindowTest::WindowTest() {
 }
 
 WindowTest::~WindowTest() {
-    m_gate.open();
     m_window.reset();
     while (!endLoads()) {
     }
@@ -85,12 +53,6 @@ void WindowTest::chooseDatabase(qint64 size) {
     (void)QFile::remove(path("test.db"));
     ASSERT_TRUE(makeDatabase(path("test.db"), statements, size));
     databaseField()->setText(path("test.db"));
-}
-
-void WindowTest::answer(std::initializer_list<const char*> hexadecimal) {
-    for (const char* text : hexadecimal) {
-        scripted_ports::answers.push_back(QByteArray::fromHex(text));
-    }
 }
 
 bool WindowTest::waitForEnd(std::size_t messages) {

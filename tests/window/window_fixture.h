@@ -1,12 +1,9 @@
-// What the tests of the window share: its settings, the terminals that are listed, and the answers
-// that they give.
+// What the tests of the window share: its settings and its widgets.
 #pragma once
 
 #include "configuration/config.h"
 #include "tests/support/files.h"
-#include "tests/support/listed_devices.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/scripted_ports.h"
 #include "tests/window/dialog_watcher.h"
 #include "ui/main_window.h"
 
@@ -20,27 +17,7 @@
 
 #include <gtest/gtest.h>
 
-#include <condition_variable>
 #include <memory>
-#include <mutex>
-
-/// Holds the worker at one of its exchanges with the terminal, for as long as the test likes.
-class Gate {
-public:
-    /// To be called by the worker after each exchange.
-    void pass(std::size_t exchange);
-    /// Before the load: where the worker is to be held.
-    void holdAt(std::size_t exchange);
-    /// Waits until the worker is there. \return false when it does not come
-    bool waitForWorker();
-    void open();
-
-private:
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    std::size_t m_heldAt = 0;
-    bool m_isHolding = false;
-};
 
 // What is enabled: at the start, in the middle of a load, and after one.
 inline const QStringList kAtTheStart = {"browseButton", "cancelButton", "closeButton",
@@ -79,10 +56,6 @@ protected:
     /// A database of two concepts, of just this size, named "test.db", chosen in the window.
     void chooseDatabase(qint64 size);
 
-    static void answer(std::initializer_list<const char*> hexadecimal);
-    /// The answers of PAD 2 up to the acceptance of the load.
-    static void acceptLoad() { answer({"F2E0040078012C45BB", "F240020000212A"}); }
-
     void click(const char* name) const { QTest::mouseClick(button(name), Qt::LeftButton); }
 
     /// Waits for the message at the end of so many loads to have been closed.
@@ -90,6 +63,5 @@ protected:
 
     QTemporaryDir m_folder;
     DialogWatcher m_dialogs;
-    Gate m_gate;
     std::unique_ptr<VEXAInterface> m_window;
 };
