@@ -15,6 +15,7 @@
 #include <fstream>
 #include <functional>
 #include <iostream>
+#include <iterator>
 #include <pty.h>
 #include <sys/wait.h>
 #include <termios.h>
@@ -141,6 +142,33 @@ double sendByZmodem(const std::string& name) {
     return sender.processor;
 }
 
+/// What a program with a window took, as it was measured on the system of 20 terminals.
+/// \return the numbers that it wrote, in seconds
+std::vector<double> windowTimes(Words command) {
+    const std::string measured = folder + "/measured";
+    command.insert(command.begin() + 1, {measured, std::to_string(kHostProcessor)});
+    Words whole = {VEXA_TERMINAL, "--store", folder + "/store", "--devices", "20", "--"};
+    whole.insert(whole.end(), command.begin(), command.end());
+    if (runMeasured(whole, kTerminalProcessor).status != 0) {
+        fail(command[0]);
+    }
+    std::ifstream file(measured);
+    return {std::istream_iterator<double>(file), std::istream_iterator<double>()};
+}
+
+double windowShown(const std::string& program) {
+    return windowTimes({VEXA_WINDOW_PROBE, program}).at(0);
+}
+
+/// Seconds that the load from the window took, and for which its event loop stood still at most.
+std::vector<double> windowLoad() {
+    return windowTimes({VEXA_WINDOW_LOAD, database("64MiB")});
+}
+
+std::string windowProgram() {
+    return folder + "/window/VEXACharger";
+}
+
 struct Pair {
     double ours;
     double theirs;
@@ -258,6 +286,15 @@ int main(int argc, char* argv[]) {
     report("7b the same, reader paced at 1.2 MB/s", "ms", 1.10, false, [] {
         const Pair seconds = loadThroughReader({"--rate", "1200000"});
         return Pair{1e3 * seconds.ours, 1e3 * seconds.theirs};
+    });
+    report("8  window shown, 20 terminals / empty window shown", "ms", 1.50, false, [] {
+        return Pair{1e3 * windowShown(windowProgram()), 1e3 * windowShown(VEXA_EMPTY_WINDOW)};
+    });
+    report("9  load of 64 MiB, window / command line", "s", 1.10, false, [] {
+        return Pair{windowLoad().at(0), load(charger("64MiB")).host.wall};
+    });
+    report("10 longest block of the event loop in such a load (ms)", "ms", 50, true, [] {
+        return Pair{1e3 * windowLoad().at(1), 0};
     });
     return 0;
 }
