@@ -29,8 +29,8 @@ void prepareDisplay() {
 /// Keeps the texts on widgets as large as the desktop has them, and the window's background light:
 /// what is painted on it is black.
 void adaptToDisplay() {
-    if (scalesPoints) {
-        QFont font = QApplication::font();
+    QFont font = QApplication::font();
+    if (scalesPoints && font.pointSizeF() > 0) { // some desktops count in pixels
         font.setPointSizeF(font.pointSizeF() * kDesktopScale);
         QApplication::setFont(font);
     }

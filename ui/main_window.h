@@ -35,6 +35,9 @@ public:
     /// Creates, sizes, places and wires the widgets; for the constructor.
     void addComponents();
 
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
 public slots:
     /// Starts to load the chosen database into the chosen terminal.
     void slot_load();
@@ -50,9 +53,6 @@ public slots:
     void slot_showNACK(QString message);
     /// \param progress percentage; above 20 MiB it may be wrong, even negative
     void slot_showProgress(int progress);
-
-protected:
-    void paintEvent(QPaintEvent* event) override;
 
 private:
     void addLogo();

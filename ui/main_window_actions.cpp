@@ -60,7 +60,7 @@ void VEXAInterface::slot_load() {
         VEXALog(kLogError, "No device selected");
         return;
     }
-    const VEXADevice device = devices[static_cast<std::size_t>(index)];
+    const VEXADevice& device = devices[static_cast<std::size_t>(index)];
     VEXALog(kLogInfo, "Currently selected device has been obtained");
     const std::string database = dbPathEdit->text().toStdString();
     if (!canBeRead(database)) {
