@@ -12,6 +12,7 @@ namespace {
 
 constexpr char kDotsPerInch[] = "QT_FONT_DPI";
 constexpr char kDotsPerInchOfWindow[] = "72";
+constexpr char kOpenGl[] = "QT_XCB_GL_INTEGRATION";
 constexpr double kDesktopScale = 96.0 / 72.0;
 
 bool scalesPoints = false;
