@@ -20,8 +20,12 @@ bool scalesPoints = false;
 } // namespace
 
 /// The window is laid out for points of 72 to the inch; at the usual 96 its texts would run into
-/// its widgets. Who has chosen a figure knows better.
+/// its widgets. It needs no OpenGL, which would take half of the start. Who has set either knows
+/// better.
 void prepareDisplay() {
+    if (!qEnvironmentVariableIsSet(kOpenGl)) {
+        (void)qputenv(kOpenGl, "none");
+    }
     if (!qEnvironmentVariableIsSet(kDotsPerInch)) {
         scalesPoints = qputenv(kDotsPerInch, kDotsPerInchOfWindow);
     }
