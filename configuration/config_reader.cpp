@@ -159,7 +159,8 @@ void replaceInvalidFile(char* path) {
 void readSettings(std::FILE* file, VEXAConfig* cfg) {
     char line[kLineSize] = "";
     do {
-        (void)std::fgets(line, sizeof line, file);
+        const char* const read = std::fgets(line, sizeof line, file);
+        (void)read; // not looked at: see above
         line[std::strcspn(line, "\r\n")] = '\0';
         if (line[0] == '&') {
             parse_variable(line, cfg);
