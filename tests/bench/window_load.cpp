@@ -72,7 +72,7 @@ int main(int argc, char* argv[]) {
     });
     sinceLastTurn.start();
     end.clock.start();
-    turn.start(1); // leaves the processor to the worker
+    turn.start(5); // leaves the processor to the worker
     window.findChild<QPushButton*>("loadButton")->click();
     while (end.taken == 0) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
