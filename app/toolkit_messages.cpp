@@ -20,11 +20,14 @@ constexpr const char* kHarmlessWarnings[] = {
     "Qt: Session management error",                              // a desktop of another user
     "QXcbConnection: XCB error",                                 // a window that has just gone
     "This plugin does not support",                              // a display without windows
-    "could not connect to display",                              // what follows is said below
-    "Could not load the Qt platform plugin",                     // likewise
 };
 
+/// What the toolkit says first of all when there is no display; the rest is said below.
+constexpr char kNoDisplay[] = "could not connect to display";
+constexpr char kNoPlugin[] = "Could not load the Qt platform plugin";
+
 QtMessageHandler usualHandler = nullptr;
+bool displayIsMissing = false;
 
 /// Without a display the toolkit would abort the program, and the system might keep its corpse.
 void endWithoutDisplay() {
@@ -44,8 +47,12 @@ void handleMessage(QtMsgType type, const QMessageLogContext& context, const QStr
             return;
         }
     }
-    if (type == QtFatalMsg && text.contains("no Qt platform plugin could be initialized")) {
+    displayIsMissing = displayIsMissing || text.startsWith(kNoDisplay);
+    if (displayIsMissing && type == QtFatalMsg) {
         endWithoutDisplay();
+    }
+    if (displayIsMissing && (text.startsWith(kNoDisplay) || text.startsWith(kNoPlugin))) {
+        return;
     }
     usualHandler(type, context, message);
 }

@@ -11,10 +11,13 @@
 
 namespace {
 
-/// The texts of the toolkit's own buttons and dialogs. Its files have had two names.
+/// The texts of the toolkit's own buttons and dialogs. Its files have had two names, and of the
+/// newer ones there is one Portuguese for all regions.
 void loadToolkitTexts(QTranslator& translator, const QString& localeName) {
     const QString folder = QLibraryInfo::location(QLibraryInfo::TranslationsPath);
+    const bool isPortuguese = localeName.startsWith("pt");
     (void)(translator.load("qtbase_" + localeName, folder) ||
+           (isPortuguese && translator.load("qtbase_pt_BR", folder)) ||
            translator.load("qt_" + localeName, folder));
 }
 

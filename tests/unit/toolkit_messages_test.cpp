@@ -33,10 +33,17 @@ TEST_F(ToolkitMessagesTest, HarmlessWarningsGoToTheLogOnly) {
     qWarning("QStandardPaths: wrong ownership on runtime directory /run/user/1000");
     qWarning("QSqlDatabasePrivate::addDatabase: duplicate connection name 'x', old one removed.");
     qWarning("QXcbConnection: XCB error: 8 (BadMatch), sequence: 8742");
-    qInfo("Could not load the Qt platform plugin \"xcb\" in \"\" even though it was found.");
     EXPECT_TRUE(shown.empty());
     EXPECT_TRUE(
         log.contains("VEXALD QStandardPaths: wrong ownership on runtime directory /run/user/1000"));
+}
+
+TEST_F(ToolkitMessagesTest, APluginThatDoesNotLoadIsShownUnlessTheDisplayIsMissing) {
+    qInfo("Could not load the Qt platform plugin \"x\" in \"\" even though it was found.");
+    EXPECT_EQ(shown.size(), 1U);
+    qWarning("could not connect to display :9");
+    qInfo("Could not load the Qt platform plugin \"x\" in \"\" even though it was found.");
+    EXPECT_EQ(shown.size(), 1U);
 }
 
 TEST_F(ToolkitMessagesTest, AllOthersAreShownAsEver) {

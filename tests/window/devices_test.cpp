@@ -120,6 +120,14 @@ TEST_F(ChoosingTest, TheChosenDatabaseIsShownAndRemembered) {
     EXPECT_EQ(m_filters, QStringList("Database Files (*.db)"));
 }
 
+TEST_F(ChoosingTest, ChoosingIsLogged) {
+    openWindow();
+    const LogCapture log;
+    browse(QString());
+    EXPECT_EQ(log.lines().front(), "VEXALD => VEXAInterface::slot_selectDb");
+    EXPECT_EQ(log.lines().back(), "VEXALD <= VEXAInterface::slot_selectDb");
+}
+
 TEST_F(ChoosingTest, WithoutATerminalAChoiceDisallowsTheLoadAndARefreshAllowsIt) {
     openWindow();
     browse(chosen());

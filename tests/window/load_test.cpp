@@ -181,6 +181,15 @@ TEST_F(WindowLoadTest, ADatabaseThatCannotBeOpenedIsToldAndChangesNothing) {
     EXPECT_TRUE(scripted_ports::events.empty());
 }
 
+TEST_F(WindowLoadTest, ADatabaseBeyondTheSizeFieldIsToldAsNotOpened) {
+    openWindow();
+    chooseDatabase(4096);
+    ASSERT_TRUE(QFile::resize(path("test.db"), 2147483648));
+    click("loadButton");
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(m_dialogs.shown().back().text, "The database could not be opened");
+}
+
 TEST_F(WindowLoadTest, AFolderIsNoCoherentDatabase) {
     openWindow();
     databaseField()->setText(path(""));

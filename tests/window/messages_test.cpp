@@ -84,7 +84,17 @@ TEST_F(MessagesTest, ProgressIsStillShownBehindAnOpenMessage) {
     EXPECT_EQ(bar()->value(), 0);
 }
 
-TEST_F(MessagesTest, EverySlotIsTraced) {
+TEST_F(MessagesTest, AMessageThatIsClosedByEscapeEndsTheLoadToo) {
+    m_dialogs.accepts = false;
+    m_dialogs.whileOpen = [](QDialog& box) { QTest::keyClick(&box, Qt::Key_Escape); };
+    m_window->slot_showProgress(40);
+    m_window->slot_showMessage(14);
+    EXPECT_EQ(bar()->value(), 0);
+    EXPECT_EQ(percentage()->text(), "0 %");
+    EXPECT_EQ(enabled(), kIdle);
+}
+
+TEST_F(MessagesTest, TheSlotsOfAWorkerAreTraced) {
     const LogCapture log;
     m_window->slot_showNACK("x");
     m_window->slot_showProgress(1);
