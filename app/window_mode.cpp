@@ -39,7 +39,7 @@ int runWindow(const QString& localeName) {
                           ".qm");
     (void)QCoreApplication::installTranslator(&translator);
     const int result = showWindow();
-    if (!endLoads()) {
+    if (!cancelAllLoads()) {
         std::_Exit(result); // A thread still uses what would be destroyed on the usual way out.
     }
     return result;

@@ -27,7 +27,7 @@ LoadWorker& addLoadWorker(VEXAUsbConnector& session) {
     return *workers().back();
 }
 
-bool endLoads() {
+bool cancelAllLoads() {
     constexpr int kPatienceMs = 500;
     for (const auto& worker : workers()) {
         worker->loadCancel();

@@ -24,11 +24,11 @@ private:
     std::promise<void> m_watched;
 };
 
-/// Makes a worker for a session, not started; it lives until endLoads.
+/// Makes a worker for a session, not started; it lives until cancelAllLoads.
 LoadWorker& addLoadWorker(VEXAUsbConnector& session);
 
 /// Cancels the loads that are still under way, and waits a moment for the blocks that they are
 /// sending. Then nobody may use the workers any more.
 /// \return false when a worker is still waiting for its terminal; the program must then end without
 ///         tidying up what the worker uses
-bool endLoads();
+bool cancelAllLoads();

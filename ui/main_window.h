@@ -69,7 +69,7 @@ private:
 
     void findDevices();
     void startLoad(const VEXADevice& device, const std::string& database);
-    void showEnd(QMessageBox& message);
+    void showAndReturnToIdle(QMessageBox& message);
     void applyLoadingState();
     void applyIdleState();
     void applyLoadAllowedRule();
@@ -86,5 +86,6 @@ private:
     QLabel* progressLabel = nullptr;
     QString lastDbPath; ///< where the file dialog opens
     QLabel* logoLabel = nullptr;
-    bool loadingActive = false; ///< from the start of a load until its message has been closed
+    /// From the start of a load until its message has been closed. Nothing depends on it.
+    bool loadingActive = false;
 };

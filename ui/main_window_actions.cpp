@@ -126,7 +126,7 @@ void VEXAInterface::slot_showMessage(int messageCode) {
     default:
         break; // No other code has a text; the box stays empty, which is intended.
     }
-    showEnd(message);
+    showAndReturnToIdle(message);
 }
 
 void VEXAInterface::slot_showNACK(QString message) {
@@ -134,10 +134,10 @@ void VEXAInterface::slot_showNACK(QString message) {
     QMessageBox box(this);
     box.setWindowTitle(tr("VEXA message"));
     box.setText(message);
-    showEnd(box);
+    showAndReturnToIdle(box);
 }
 
-void VEXAInterface::showEnd(QMessageBox& message) {
+void VEXAInterface::showAndReturnToIdle(QMessageBox& message) {
     (void)message.exec();
     progressBar->setValue(0);
     progressLabel->setText("0 %");

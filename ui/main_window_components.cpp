@@ -24,7 +24,7 @@ constexpr int kGap = 10;
 constexpr double kIconPart = 0.7;
 constexpr double kButtonGrowth = 1.1;
 
-QString picture(const char* name) {
+QString picturePath(const char* name) {
     return QCoreApplication::applicationDirPath() + "/icons/" + name;
 }
 
@@ -40,7 +40,7 @@ int rightOf(const QWidget& widget) {
 
 void VEXAInterface::addComponents() {
     const FunctionTrace trace("VEXAInterface::addComponents");
-    setWindowIcon(QIcon(picture("HalvorinApp.icns")));
+    setWindowIcon(QIcon(picturePath("HalvorinApp.icns")));
     addLogo();
     addDatabaseField();
     addDeviceList();
@@ -56,7 +56,7 @@ void VEXAInterface::addComponents() {
 
 void VEXAInterface::addLogo() {
     constexpr int kFromRight = 2;
-    const QPixmap pixmap(picture("logo_halvorin_turquoise_blue_sans_fond.png"));
+    const QPixmap pixmap(picturePath("logo_halvorin_turquoise_blue_sans_fond.png"));
     logoLabel = new QLabel(this);
     logoLabel->setPixmap(pixmap);
     logoLabel->setMinimumSize(pixmap.width(), pixmap.height());
@@ -80,7 +80,7 @@ void VEXAInterface::addDeviceList() {
 
 void VEXAInterface::addBrowseButton() {
     browseButton = new QPushButton(QString::fromUtf8(g_configParams.Browse), this);
-    browseButton->setIcon(QIcon(picture("fileBrowser.png")));
+    browseButton->setIcon(QIcon(picturePath("fileBrowser.png")));
     // The icon goes by the size that the button has before it gets its own.
     browseButton->setIconSize(
         QSize(browseButton->width() / 3, scaled(browseButton->height(), kIconPart)));
@@ -118,7 +118,7 @@ void VEXAInterface::addCancelButton() {
 
 void VEXAInterface::addLoadButton() {
     loadButton = new QPushButton(QString::fromUtf8(g_configParams.Button_load), this);
-    loadButton->setIcon(QIcon(picture("vexaLoad.png")));
+    loadButton->setIcon(QIcon(picturePath("vexaLoad.png")));
     loadButton->setMinimumSize(browseButton->width(), browseButton->height());
     loadButton->move(deviceCombo->x(), progressBar->y() + loadButton->height() + 30);
     connect(loadButton, &QPushButton::clicked, this, &VEXAInterface::slot_load);

@@ -77,7 +77,7 @@ int main(int argc, char* argv[]) {
     while (end.taken == 0) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
-    (void)endLoads();
+    (void)cancelAllLoads();
     std::FILE* file = std::fopen(argv[1], "w");
     if (file == nullptr || end.text != "Loading succeeded") {
         return 1;

@@ -222,9 +222,9 @@ TEST_F(WindowLoadTest, AWindowThatGoesInTheMiddleOfALoadLeavesTheWorkerAlone) {
     click("loadButton");
     ASSERT_TRUE(m_gate.waitForWorker());
     m_window.reset();
-    EXPECT_FALSE(endLoads()) << "The worker waits for its terminal.";
+    EXPECT_FALSE(cancelAllLoads()) << "The worker waits for its terminal.";
     m_gate.open();
-    while (!endLoads()) {
+    while (!cancelAllLoads()) {
     }
     EXPECT_EQ(scripted_ports::exchanges.size(), 3U) << "Its load was cancelled.";
     QCoreApplication::processEvents();

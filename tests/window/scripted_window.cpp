@@ -39,7 +39,7 @@ ScriptedWindowTest::ScriptedWindowTest() {
 ScriptedWindowTest::~ScriptedWindowTest() {
     m_gate.open();
     m_window.reset();
-    while (!endLoads()) {
+    while (!cancelAllLoads()) {
     }
 }
 

@@ -55,7 +55,7 @@ protected:
     }
     ~TerminalWindowTest() override {
         m_window.reset();
-        while (!endLoads()) {
+        while (!cancelAllLoads()) {
         }
     }
 

@@ -19,7 +19,7 @@ WindowTest::WindowTest() {
 
 WindowTest::~WindowTest() {
     m_window.reset();
-    while (!endLoads()) {
+    while (!cancelAllLoads()) {
     }
 }
 

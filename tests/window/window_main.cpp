@@ -35,6 +35,6 @@ int main(int argc, char* argv[]) {
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication::setEffectEnabled(Qt::UI_AnimateCombo, false);
     const int result = RUN_ALL_TESTS();
-    (void)endLoads();
+    (void)cancelAllLoads();
     return result;
 }
