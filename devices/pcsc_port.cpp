@@ -123,14 +123,14 @@ bool VEXAPcscPort::exchange(std::size_t sentSize, unsigned char* out, int* outLe
         VEXALog(kLogError, "ExecuteCommand SCardControl Escape command failed : 0x%x", 1U);
         return true;
     }
-    if (returned < kDroppedAnswerBytes) {
+    const std::size_t received = std::min<std::size_t>(returned, capacity);
+    if (received < kDroppedAnswerBytes) {
         VEXALog(kLogError, "ExecuteCommand response too short : %d bytes",
                 static_cast<int>(returned));
         *outLen = 0;
         return false;
     }
-    const std::size_t answered = std::min<std::size_t>(returned, capacity) - kDroppedAnswerBytes;
-    const std::size_t kept = std::min(answered, wanted);
+    const std::size_t kept = std::min(received - kDroppedAnswerBytes, wanted);
     std::memcpy(out, exchangeBuffer.data() + kDroppedAnswerBytes, kept);
     *outLen = static_cast<int>(kept);
     VEXALog(kLogInfo, "ExecuteCommand : got %d bytes", *outLen);

@@ -4,6 +4,7 @@
 #include "simulator/descriptor.h"
 
 #include <PCSC/winscard.h>
+#include <algorithm>
 
 #include <climits>
 #include <csignal>
@@ -128,12 +129,34 @@ PcscDaemon::~PcscDaemon() {
     endChild(m_process);
 }
 
+namespace {
+
+/// The reader of this name that the daemon lists after so many others of the same name. It adds the
+/// number of the reader and that of the slot: " 00 00".
+/// \return null when there is none
+const char* findReader(const std::vector<char>& names, const std::string& wanted,
+                       std::ptrdiff_t position) {
+    constexpr std::size_t kSuffixSize = 6;
+    for (const char* name = names.data(); *name != '\0'; name += std::strlen(name) + 1) {
+        const std::string listed = name;
+        const bool isFirstSlot = listed.size() == wanted.size() + kSuffixSize &&
+                                 listed.compare(0, wanted.size(), wanted) == 0 &&
+                                 listed.compare(listed.size() - 3, 3, " 00") == 0;
+        if (isFirstSlot && position-- == 0) {
+            return name;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
 bool holdReaders(const std::vector<ReaderDescription>& readers, std::string& error) {
     std::vector<char> names;
     DWORD size = 0;
     SCARDCONTEXT context = 0;
-    for (const ReaderDescription& reader : readers) {
-        if (!reader.held) {
+    for (auto reader = readers.begin(); reader != readers.end(); ++reader) {
+        if (!reader->held) {
             continue;
         }
         if (context == 0) {
@@ -142,12 +165,13 @@ bool holdReaders(const std::vector<ReaderDescription>& readers, std::string& err
             names.resize(size + 1);
             (void)SCardListReaders(context, nullptr, names.data(), &size);
         }
-        const char* name = names.data();
-        while (*name != '\0' && std::strncmp(name, reader.name.c_str(), reader.name.size()) != 0) {
-            name += std::strlen(name) + 1;
-        }
-        if (*name == '\0' || !hold(context, name)) {
-            error = "cannot hold " + reader.name;
+        const auto before =
+            std::count_if(readers.begin(), reader, [&](const ReaderDescription& other) {
+                return other.name == reader->name;
+            });
+        const char* name = findReader(names, reader->name, before);
+        if (name == nullptr || !hold(context, name)) {
+            error = "cannot hold " + reader->name;
             return false;
         }
     }

@@ -9,12 +9,16 @@
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 namespace simulator {
 
 namespace {
+
+constexpr char kUsersFolder[] = "/run/user";
+constexpr mode_t kFolderMode = 0755;
 
 bool write(const char* file, const std::string& text) {
     const Descriptor descriptor(open(file, O_WRONLY | O_CLOEXEC));
@@ -53,8 +57,16 @@ bool PrivateSystem::enter(const char* hiddenFolder, std::string& error) const {
     if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
         return failed("cannot make the mounts private", error);
     }
+    const int usersFolder = open(kUsersFolder, O_PATH | O_CLOEXEC);
     if (mount("tmpfs", "/run", "tmpfs", MS_NOSUID | MS_NODEV, "mode=755") != 0) {
         return failed("cannot mount an empty /run", error);
+    }
+    if (usersFolder >= 0) {
+        // A window needs what the desktop keeps there for the user.
+        const std::string users = "/proc/self/fd/" + std::to_string(usersFolder);
+        (void)mkdir(kUsersFolder, kFolderMode);
+        (void)mount(users.c_str(), kUsersFolder, nullptr, MS_BIND | MS_REC, nullptr);
+        (void)close(usersFolder);
     }
     // Programs find themselves by the common /proc as well, where an own one is forbidden.
     (void)mount("proc", "/proc", "proc", MS_NOSUID | MS_NODEV | MS_NOEXEC, nullptr);

@@ -20,7 +20,7 @@ constexpr char kHelpHead[] =
     "                     (default: terminal-store)\n"
     "  --no-daemon        run no PC/SC daemon\n"
     "  --daemon-log FILE  what the daemon has to say\n"
-    "  --trace FILE       say what happens, and why something is refused (- for standard error)\n"
+    "  --trace FILE       say what happens, and why something is refused\n"
     "  --frames FILE      write down every frame (>) and every answer (<) in hexadecimal\n"
     "  --exchanges FILE   write down every escape exchange: reader, control code, capacity that\n"
     "                     the daemon gives, bytes sent (>) and answered (<)\n"

@@ -4,8 +4,10 @@
 #include "simulator/pcsc_daemon.h"
 #include "simulator/private_system.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -26,6 +28,7 @@ int fail(int status, const std::string& message) {
 int runInside(const std::vector<std::string>& words, const ReaderOptions& options,
               const std::string& driver, const PrivateSystem& system) {
     std::string error;
+    (void)unsetenv("PCSCLITE_CSOCK_NAME"); // would lead the command to another daemon
     PcscDaemon daemon(driver);
     if (!system.enter(kSystemDrivers, error) ||
         (options.daemon && !daemon.start(words, options, error)) ||
@@ -37,11 +40,15 @@ int runInside(const std::vector<std::string>& words, const ReaderOptions& option
 
 /// The driver runs in another folder, so it is told where the files lie from the root on.
 std::vector<std::string> withAbsolutePaths(std::vector<std::string> words) {
+    const auto end = std::find(words.begin(), words.end(), "--");
+    if (std::find(words.begin(), end, "--store") == end) {
+        words.insert(words.begin(), {"--store", ReaderOptions().storeFolder});
+    }
     const std::vector<std::string> fileOptions = {"--store", "--trace", "--frames", "--exchanges",
                                                   "--times"};
     for (std::size_t i = 0; i + 1 < words.size() && words[i] != "--"; ++i) {
         for (const std::string& option : fileOptions) {
-            if (words[i] == option && words[i + 1] != "-" && !words[i + 1].empty()) {
+            if (words[i] == option && !words[i + 1].empty()) {
                 words[i + 1] = std::filesystem::absolute(words[i + 1]);
             }
         }
