@@ -30,6 +30,30 @@ bool failed(const char* what, std::string& error) {
     return false;
 }
 
+/// Leaves a changed root for the one above it. Only for a process with mounts of its own.
+bool goToTopRoot() {
+    // The working folder stays above a root that lies below it, and may then climb.
+    constexpr int kDeepest = 256;
+    bool done = chdir("/") == 0 && chroot("/proc") == 0;
+    for (int i = 0; done && i < kDeepest; ++i) {
+        done = chdir("..") == 0;
+    }
+    return done && chroot(".") == 0;
+}
+
+/// From now on no mount of ours is seen by others. In a changed root, which need not be the root of
+/// a mount, this has to be said at the top.
+bool makeMountsPrivate() {
+    if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0) {
+        return true;
+    }
+    const Descriptor root(open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    const Descriptor folder(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    const bool isPrivate =
+        goToTopRoot() && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    return fchdir(root.get()) == 0 && chroot(".") == 0 && fchdir(folder.get()) == 0 && isPrivate;
+}
+
 } // namespace
 
 pid_t PrivateSystem::fork(std::string& error) {
@@ -54,7 +78,7 @@ bool PrivateSystem::enter(const char* hiddenFolder, std::string& error) const {
                                !write("/proc/self/gid_map", "0 " + m_group + " 1"))) {
         return failed("cannot become root of a user namespace", error);
     }
-    if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+    if (!makeMountsPrivate()) {
         return failed("cannot make the mounts private", error);
     }
     const int usersFolder = open(kUsersFolder, O_PATH | O_CLOEXEC);
