@@ -17,6 +17,7 @@
 #include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 namespace simulator {
 
@@ -26,6 +27,7 @@ namespace {
 
 constexpr char kDaemonFolder[] = "/run/pcscd";
 constexpr char kSocket[] = "/run/pcscd/pcscd.comm";
+constexpr char kDaemon[] = "/usr/sbin/pcscd"; // not on the path of ordinary users
 constexpr char kConfigFolder[] = "/run/vexa-reader";
 constexpr char kWordsFile[] = "/run/vexa-reader-words";
 constexpr int kPatienceMs = 30000;
@@ -52,6 +54,7 @@ bool waitForSocket(int folderWatch, int childSignal, std::string& error) {
         }
         alignas(inotify_event) char buffer[sizeof(inotify_event) + NAME_MAX + 1];
         if (read(folderWatch, buffer, sizeof buffer) < 0) {
+            error = "cannot watch the PC/SC daemon come up";
             return false;
         }
     }
@@ -120,8 +123,9 @@ bool PcscDaemon::start(const std::vector<std::string>& words, const ReaderOption
     // A socket that was handed to us is not meant for this daemon.
     (void)unsetenv("LISTEN_FDS");
     (void)unsetenv("LISTEN_PID");
-    m_process = startCommand({"pcscd", "--foreground", "--config", kConfigFolder},
-                             options.daemonLog.c_str());
+    m_process = startCommand(
+        {access(kDaemon, X_OK) == 0 ? kDaemon : "pcscd", "--foreground", "--config", kConfigFolder},
+        options.daemonLog.c_str());
     return waitForSocket(folderWatch.get(), childSignal.get(), error);
 }
 

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -44,8 +45,8 @@ std::vector<std::string> withAbsolutePaths(std::vector<std::string> words) {
     if (std::find(words.begin(), end, "--store") == end) {
         words.insert(words.begin(), {"--store", ReaderOptions().storeFolder});
     }
-    const std::vector<std::string> fileOptions = {"--store", "--trace", "--frames", "--exchanges",
-                                                  "--times"};
+    const std::vector<std::string> fileOptions = {"--store",     "--trace", "--frames",
+                                                  "--exchanges", "--times", "--daemon-log"};
     for (std::size_t i = 0; i + 1 < words.size() && words[i] != "--"; ++i) {
         for (const std::string& option : fileOptions) {
             if (words[i] == option && !words[i + 1].empty()) {
@@ -54,6 +55,17 @@ std::vector<std::string> withAbsolutePaths(std::vector<std::string> words) {
         }
     }
     return words;
+}
+
+/// \return the first of the files to write that cannot be written; empty when all can
+std::string unwritableFile(const ReaderOptions& options) {
+    for (const std::string& file : {options.traceFile, options.frameFile, options.exchangeFile,
+                                    options.timeFile, options.daemonLog}) {
+        if (!file.empty() && !std::ofstream(file, std::ios::app)) {
+            return file;
+        }
+    }
+    return {};
 }
 
 } // namespace
@@ -69,6 +81,10 @@ int main(int argc, char* argv[]) {
     if (options->help) {
         (void)std::fputs(readerHelpText().c_str(), stdout);
         return 0;
+    }
+    const std::string unwritable = unwritableFile(*options);
+    if (!unwritable.empty()) {
+        return fail(kNoSystemStatus, "cannot write " + unwritable);
     }
     const std::string driver = driverFile(argv[0]);
     PrivateSystem system;

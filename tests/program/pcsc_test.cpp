@@ -136,6 +136,37 @@ TEST_F(PcscTest, AnOrdinaryUserLoadsToo) {
     expectLoaded(run(asOrdinaryUser(commandWithReader({"test.db", "PCSC"}))));
 }
 
+TEST_F(PcscTest, ADaemonBesideThePathOfOrdinaryUsersIsFound) {
+    EXPECT_EQ(
+        run({"env", "PATH=/usr/bin:/bin", VEXA_READER, "--store", path("store"), "--", "true"})
+            .status,
+        0);
+}
+
+TEST_F(PcscTest, AFileThatCannotBeMadeIsAReasonNotToStart) {
+    const Outcome outcome = runAndComplain(
+        {VEXA_READER, "--store", path("store"), "--trace", "/no/such/trace", "--", "true"});
+    EXPECT_EQ(outcome.status, 69);
+    EXPECT_EQ(outcome.err, "vexa-reader: cannot write /no/such/trace\n");
+}
+
+TEST_F(PcscTest, AnInheritedSocketNameLeadsToNoOtherDaemon) {
+    makeTestDatabase(kLargestSize);
+    m_environment << "PCSCLITE_CSOCK_NAME=/no/such/socket";
+    EXPECT_EQ(
+        run({VEXA_READER, "--store", path("store"), "--", executable(), "test.db", "PCSC", "2"})
+            .status,
+        0);
+    EXPECT_EQ(storedBehind(0, 2) == readFile(path("test.db")), true);
+}
+
+TEST_F(PcscTest, WithoutAStoreTheDatabasesLieInTheWorkingFolder) {
+    makeTestDatabase(kLargestSize);
+    EXPECT_EQ(run({VEXA_READER, "--", executable(), "test.db", "PCSC", "2"}).status, 0);
+    EXPECT_EQ(readFile(path("terminal-store/reader0/pad-02.db")) == readFile(path("test.db")),
+              true);
+}
+
 TEST_F(PcscTest, TwoDaemonsAtATimeDoNotMeet) {
     makeTestDatabase(kLargestSize);
     const QString one = "'" + commandWithReader({"test.db", "PCSC"}).join("' '") + "' >one";
